@@ -1,0 +1,13 @@
+#pragma once
+
+// The whole exported surface of Vesk; an outside client includes this and nothing else.
+
+#include <dorl/dorl.h>
+#include <standin/standin.h>
+
+#include "vesk/Command.h"
+#include "vesk/CommandContext.h"
+#include "vesk/FunctionObj.h"
+#include "vesk/GenericData.h"
+#include "vesk/InterfaceIds.h"
+#include "vesk/VeskExport.h"

@@ -1,0 +1,7 @@
+#pragma once
+
+// The platform stand-in: what the object framework needs of COM and Win32.
+
+#include "standin/Types.h"
+#include "standin/Unknown.h"
+#include "standin/Sync.h"

@@ -1,0 +1,474 @@
+#include <string>
+#include <vector>
+
+#include "support/VeskTest.h"
+
+using namespace vesk_test;
+
+namespace {
+
+class CommandContext : public StartedTest {};
+
+std::vector<std::string> s_handled;
+void Handle(const char* text) { s_handled.emplace_back(text); }
+
+// Records what a query call describes: name, type, by-reference flag, optional flag.
+class QueryRecorder : public CVeskSimpleCommandObject {
+public:
+    int STDMETHODCALLTYPE CallMethod(CVeskCommandContext* context) override
+    {
+        CDorlString name, type;
+        int byRef = -1, optional = -1;
+        context->GetParam("name", &name, 0);
+        context->GetParam("type", &type, 0);
+        context->GetParam("byRef", &byRef, 0);
+        context->GetParam("optional", &optional, 0);
+        EXPECT_EQ(context->CanProceed(0), 1);
+        calls.push_back(std::string(name) + "|" + std::string(type) + "|" +
+                        std::to_string(byRef) + "|" + std::to_string(optional));
+        return 1;
+    }
+    std::vector<std::string> calls;
+};
+
+} // namespace
+
+TEST_F(CommandContext, ReturnValueStartsAsNoneAndCanBeTakenOnce)
+{
+    CVeskCommandContext context;
+    Ref<CVeskGenericData> first(context.GetReturnValue());
+    EXPECT_EQ(first.get(), CVeskGdNone::Allocate());
+    CVeskGenericData* taken = context.GetReturnValueOnce();
+    EXPECT_EQ(taken, CVeskGdNone::Allocate());
+    EXPECT_EQ(context.GetReturnValue(), nullptr);
+
+    // SetReturnValue takes its own reference; SetReturnValueNoRef takes the caller's.
+    CVeskGdDouble* number = CVeskGdDouble::Allocate(7.0);
+    context.SetReturnValue(number);
+    EXPECT_EQ(number->Release(), 1u);
+    CVeskGenericData* held = context.GetReturnValue();
+    EXPECT_EQ(held, number);
+    EXPECT_EQ(held->Release(), 1u);
+    long before = Probe("Double");
+    context.SetReturnValueNoRef(CVeskGdBoolean::Allocate(1));
+    EXPECT_EQ(Probe("Double"), before - 1);
+    context.SetReturnValueNoRef(nullptr);
+    EXPECT_EQ(context.GetReturnValue(), nullptr);
+}
+
+TEST_F(CommandContext, PositionalParametersAreAStack)
+{
+    Capture capture;
+    CVeskCommandContext context;
+    context.AddParam(DorlPchNil, 1.0);
+    context.AddParam(DorlPchNil, 2.0);
+    context.AddParam(DorlPchNil, 3.0);
+    double c = 0, b = 0, a = 0;
+    // Names play no part for positional parameters.
+    EXPECT_EQ(context.GetParam("first", &c, 0), 1);
+    EXPECT_EQ(context.GetParam("second", &b, 0), 1);
+    EXPECT_EQ(context.GetParam("third", &a, 0), 1);
+    EXPECT_EQ(c, 3.0);
+    EXPECT_EQ(b, 2.0);
+    EXPECT_EQ(a, 1.0);
+    EXPECT_EQ(context.GetNumParams(), 3);
+    EXPECT_EQ(context.CanProceed(0), 1);
+    EXPECT_TRUE(capture.dumps.empty());
+}
+
+TEST_F(CommandContext, TypeChecksHaveNoConversion)
+{
+    s_handled.clear();
+    CVeskCommandContext context;
+    context.SetErrorHandler(&Handle);
+    context.SetCalledFunctionName("f");
+    context.AddParam("flag", 1);
+    context.AddParam("null", CVeskGdNull::Allocate());
+    context.AddParam("number", 2.0);
+    context.AddParam("text", CDorlString("t"));
+    double number = -1;
+    CDorlString text("untouched");
+    EXPECT_EQ(context.GetParam("flag", &number, 0), 0);
+    EXPECT_EQ(number, -1);
+    EXPECT_EQ(context.GetParam("null", &text, 0), 0);
+    EXPECT_STREQ(text, "untouched");
+    int flag = -1;
+    EXPECT_EQ(context.GetParam("number", &flag, 0), 0);
+    EXPECT_EQ(context.GetParam("text", &number, 0), 0);
+    EXPECT_EQ(flag, -1);
+    EXPECT_EQ(context.CanProceed(0), 0);
+    std::vector<std::string> expected = {
+        "Incorrect type for parameter 'flag', was Boolean, expected Number for function f",
+        "Incorrect type for parameter 'null', was Null, expected String for function f",
+        "Incorrect type for parameter 'number', was Number, expected Boolean for function f",
+        "Incorrect type for parameter 'text', was String, expected Number for function f",
+    };
+    // A mismatched parameter counts as used: no "not expected" message follows.
+    EXPECT_EQ(s_handled, expected);
+}
+
+TEST_F(CommandContext, EveryOverloadDeliversItsTarget)
+{
+    CVeskCommandContext context;
+    context.AddParam("b", 1);
+    context.AddParam("d", 2.5);
+    context.AddParam("dr", 3.5);
+    context.AddParam("s", CDorlString("text"));
+    context.AddParam("sr", CDorlString("ref"));
+    Ref<CVeskGdString> any(CVeskGdString::Allocate("any"));
+    context.AddParam("any", any.get());
+    EXPECT_EQ(any->AddRef(), 3u);
+    any->Release();
+
+    int b = 0;
+    double d = 0, *dr = nullptr;
+    CDorlString s, *sr = nullptr;
+    CVeskGenericData* value = nullptr;
+    ASSERT_EQ(context.GetParam("b", &b, 0), 1);
+    ASSERT_EQ(context.GetParam("d", &d, 0), 1);
+    ASSERT_EQ(context.GetParam("dr", &dr, 0), 1);
+    ASSERT_EQ(context.GetParam("s", &s, 0), 1);
+    ASSERT_EQ(context.GetParam("sr", &sr, 0), 1);
+    ASSERT_EQ(context.GetParam("any", &value, 0), 1);
+    EXPECT_EQ(b, 1);
+    EXPECT_EQ(d, 2.5);
+    EXPECT_EQ(*dr, 3.5);
+    EXPECT_STREQ(s, "text");
+    EXPECT_STREQ(*sr, "ref");
+    // The by-reference forms write into the caller's value.
+    *dr = 9.0;
+    *sr = "changed";
+    EXPECT_EQ(value, any.get());
+    value->Release(); // the reference moved to us
+    EXPECT_EQ(context.CanProceed(0), 1);
+}
+
+TEST_F(CommandContext, PositionalFillsFetchesBeforeNames)
+{
+    s_handled.clear();
+    {
+        CVeskCommandContext context;
+        context.SetErrorHandler(&Handle);
+        context.SetCalledFunctionName("cell");
+        context.AddParam("colId", 2.0);
+        context.AddParam(DorlPchNil, 1.0);
+        double row = 0, col = 0;
+        EXPECT_EQ(context.GetParam("rowId", &row, 0), 1);
+        EXPECT_EQ(context.GetParam("colId", &col, 0), 1);
+        EXPECT_EQ(row, 1.0);
+        EXPECT_EQ(col, 2.0);
+        EXPECT_EQ(context.CanProceed(0), 1);
+    }
+    EXPECT_TRUE(s_handled.empty());
+    {
+        CVeskCommandContext context;
+        context.SetErrorHandler(&Handle);
+        context.SetCalledFunctionName("cell");
+        context.AddParam("colId", 2.0);
+        context.AddParam(DorlPchNil, 1.0);
+        double row = 0, col = 0;
+        EXPECT_EQ(context.GetParam("colId", &col, 0), 1);
+        EXPECT_EQ(context.GetParam("rowId", &row, 0), 0);
+        EXPECT_EQ(col, 1.0);
+        EXPECT_EQ(context.CanProceed(0), 0);
+    }
+    std::vector<std::string> expected = {"Parameter 'rowId' missing for function cell",
+                                         "Parameter 'colId' is not expected by function cell"};
+    EXPECT_EQ(s_handled, expected);
+}
+
+TEST_F(CommandContext, ExcessAndUnexpectedParameters)
+{
+    s_handled.clear();
+    {
+        CVeskCommandContext context;
+        context.SetErrorHandler(&Handle);
+        context.SetCalledFunctionName("g");
+        context.AddParam(DorlPchNil, 1.0);
+        context.AddParam(DorlPchNil, 2.0);
+        EXPECT_EQ(context.CanProceed(0), 0);
+    }
+    {
+        CVeskCommandContext context;
+        context.SetErrorHandler(&Handle);
+        context.AddParam(DorlPchNil, 1.0);
+        context.AddParam(DorlPchNil, 2.0);
+        EXPECT_EQ(context.CanProceed(1), 1);
+    }
+    {
+        CVeskCommandContext context;
+        context.SetErrorHandler(&Handle);
+        context.SetCalledFunctionName("g");
+        context.AddParam("x", 1.0);
+        context.AddParam("y", 1.0);
+        EXPECT_EQ(context.CanProceed(1), 0);
+    }
+    {
+        CVeskCommandContext context;
+        context.SetErrorHandler(&Handle);
+        context.SetCalledFunctionName("g");
+        context.FetchNamedOnly(1);
+        context.AddParam(DorlPchNil, 5.0);
+        context.AddParam("p", 6.0);
+        double p = 0;
+        EXPECT_EQ(context.GetParam("p", &p, 0), 1);
+        EXPECT_EQ(p, 6.0);
+        EXPECT_EQ(context.CanProceed(0), 0);
+    }
+    std::vector<std::string> expected = {
+        "2 excess positional parameters supplied to g",
+        "Parameter 'y' is not expected by function g",
+        "Parameter 'x' is not expected by function g",
+        "1 excess positional parameters supplied to g",
+    };
+    EXPECT_EQ(s_handled, expected);
+}
+
+TEST_F(CommandContext, NamedParametersAreTakenOnceLastAddedFirst)
+{
+    s_handled.clear();
+    CVeskCommandContext context;
+    context.SetErrorHandler(&Handle);
+    context.SetCalledFunctionName("h");
+    context.AddParam("n", 1.0);
+    context.AddParam("n", 2.0);
+    double first = 0, second = 0;
+    EXPECT_EQ(context.GetParam("n", &first, 0), 1);
+    EXPECT_EQ(first, 2.0);
+    // The search stops at the first match, which is used: the older one is never reached.
+    EXPECT_EQ(context.GetParam("n", &second, 0), 0);
+    EXPECT_EQ(second, 0.0);
+    EXPECT_EQ(context.CanProceed(0), 0);
+    std::vector<std::string> expected = {"Parameter 'n' already used",
+                                         "Parameter 'n' is not expected by function h"};
+    EXPECT_EQ(s_handled, expected);
+}
+
+TEST_F(CommandContext, OptionalParametersKeepTheCalleesDefault)
+{
+    Capture capture;
+    CVeskCommandContext context;
+    double value = 42.0;
+    CDorlString text("default");
+    EXPECT_EQ(context.GetParam("missing", &value, 1), 0);
+    EXPECT_EQ(context.GetParam("missing", &text, 1), 0);
+    EXPECT_EQ(value, 42.0);
+    EXPECT_STREQ(text, "default");
+    EXPECT_EQ(context.CanProceed(0), 1);
+    EXPECT_TRUE(capture.dumps.empty());
+}
+
+TEST_F(CommandContext, DefaultParametersFillEveryTarget)
+{
+    s_handled.clear();
+    CVeskCommandContext context;
+    context.SetErrorHandler(&Handle);
+    context.SetCalledFunctionName("d");
+    context.DefaultParameters();
+    context.AddParam("wrong", CDorlString("text"));
+    int b = 7;
+    double d = 7, *dr = nullptr;
+    CDorlString s("x"), *sr = nullptr;
+    CVeskGenericData* value = nullptr;
+    EXPECT_EQ(context.GetParam("b", &b, 0), 1);
+    EXPECT_EQ(context.GetParam("d", &d, 0), 1);
+    EXPECT_EQ(context.GetParam("dr", &dr, 0), 1);
+    EXPECT_EQ(context.GetParam("s", &s, 0), 1);
+    EXPECT_EQ(context.GetParam("sr", &sr, 0), 1);
+    EXPECT_EQ(context.GetParam("v", &value, 0), 1);
+    EXPECT_EQ(b, 0);
+    EXPECT_EQ(d, 0.0);
+    EXPECT_EQ(*dr, 0.0);
+    EXPECT_STREQ(s, "");
+    EXPECT_STREQ(*sr, "");
+    EXPECT_EQ(value, CVeskGdNone::Allocate());
+    EXPECT_TRUE(s_handled.empty());
+
+    // A wrong type still complains, delivers the default and blocks the call.
+    d = 5;
+    EXPECT_EQ(context.GetParam("wrong", &d, 0), 1);
+    EXPECT_EQ(d, 0.0);
+    EXPECT_EQ(context.CanProceed(0), 0);
+    std::vector<std::string> expected = {
+        "Incorrect type for parameter 'wrong', was String, expected Number for function d"};
+    EXPECT_EQ(s_handled, expected);
+}
+
+TEST_F(CommandContext, MessagesGoToDorlDumpWithoutAHandler)
+{
+    Capture capture;
+    CVeskCommandContext context;
+    double value;
+    EXPECT_EQ(context.GetParam("x", &value, 0), 0);
+    ASSERT_EQ(capture.dumps.size(), 1u);
+    // The function name is empty unless the caller set it.
+    EXPECT_EQ(capture.dumps[0], "Parameter 'x' missing for function \n");
+
+    // A handler can be removed again.
+    s_handled.clear();
+    context.SetErrorHandler(&Handle);
+    context.OutputErrorString("to handler %d", 1);
+    context.SetErrorHandler(nullptr);
+    context.OutputErrorString("to dump %s", "again");
+    EXPECT_EQ(s_handled, std::vector<std::string>{"to handler 1"});
+    EXPECT_EQ(capture.dumps.back(), "to dump again\n");
+}
+
+TEST_F(CommandContext, OutputErrorStringStaysWithinItsBuffer)
+{
+    s_handled.clear();
+    std::string longName(10000, 'n');
+    CVeskCommandContext context;
+    context.SetErrorHandler(&Handle);
+    context.SetCalledFunctionName(CDorlString(longName.c_str()));
+    double value;
+    EXPECT_EQ(context.GetParam(longName.c_str(), &value, 0), 0);
+    ASSERT_EQ(s_handled.size(), 1u);
+    EXPECT_EQ(s_handled[0].size(), 2047u);
+    EXPECT_EQ(s_handled[0].substr(0, 11), "Parameter '");
+}
+
+TEST_F(CommandContext, TheEleventhParameterMovesToTheHeap)
+{
+    Capture capture;
+    CVeskCommandContext context;
+    // Five positional (0..4) and six named, so the table overflows between both ends.
+    for (int i = 0; i < 5; ++i)
+        context.AddParam(DorlPchNil, static_cast<double>(i));
+    const char* names[] = {"a", "b", "c", "d", "e", "f"};
+    for (int i = 0; i < 6; ++i)
+        context.AddParam(names[i], 10.0 + i);
+    EXPECT_EQ(context.GetNumParams(), 11);
+    for (int i = 4; i >= 0; --i) {
+        double value = -1;
+        ASSERT_EQ(context.GetParam("p", &value, 0), 1);
+        EXPECT_EQ(value, i);
+    }
+    for (int i = 5; i >= 0; --i) {
+        double value = -1;
+        ASSERT_EQ(context.GetParam(names[i], &value, 0), 1);
+        EXPECT_EQ(value, 10.0 + i);
+    }
+    EXPECT_EQ(context.GetNumParams(), 11);
+    EXPECT_EQ(context.CanProceed(0), 1);
+    // Twenty more: the table doubles again, to 40.
+    for (int i = 0; i < 20; ++i)
+        context.AddParam(DorlPchNil, 1.0);
+    EXPECT_EQ(context.GetNumParams(), 31);
+    EXPECT_TRUE(capture.dumps.empty());
+}
+
+TEST_F(CommandContext, QueryCallsDescribeInsteadOfFetching)
+{
+    QueryRecorder* recorder = new QueryRecorder();
+    {
+        CVeskCommandContext context;
+        context.QueryParameters(recorder);
+        EXPECT_EQ(recorder->AddRef(), 3u);
+        recorder->Release();
+        context.AddParam("s", CDorlString("not fetched"));
+        CDorlString text("kept");
+        double* number = nullptr;
+        CVeskGenericData* any = nullptr;
+        int flag = 0;
+        EXPECT_EQ(context.GetParam("s", &text, 0), 0);
+        EXPECT_EQ(context.GetParam("n", &number, 1), 0);
+        EXPECT_EQ(context.GetParam("v", &any, 0), 0);
+        EXPECT_EQ(context.GetParam("f", &flag, 1), 0);
+        EXPECT_EQ(context.CanProceed(1), 0);
+        EXPECT_STREQ(text, "kept");
+        EXPECT_EQ(any, nullptr);
+    }
+    std::vector<std::string> expected = {"s|String|0|0", "n|Number|1|1", "v|Any|0|0",
+                                         "f|Boolean|0|1", "|any|0|1"};
+    EXPECT_EQ(recorder->calls, expected);
+    EXPECT_EQ(recorder->Release(), 0u);
+
+    // Without a query object the descriptions are discarded and nothing is fetched.
+    Capture capture;
+    CVeskCommandContext discarded;
+    discarded.QueryParameters(nullptr);
+    discarded.AddParam(DorlPchNil, 1.0);
+    double value = 3;
+    EXPECT_EQ(discarded.GetParam("x", &value, 0), 0);
+    EXPECT_EQ(value, 3);
+    EXPECT_EQ(discarded.CanProceed(1), 0);
+    EXPECT_EQ(discarded.CanProceed(0), 0);
+    EXPECT_TRUE(capture.dumps.empty());
+}
+
+TEST_F(CommandContext, TransferContextMovesWhatWasNotFetched)
+{
+    long before = Probe("Double");
+    {
+        CVeskCommandContext source;
+        source.AddParam(DorlPchNil, 1.0);
+        source.AddParam(DorlPchNil, 2.0);
+        source.AddParam(DorlPchNil, 3.0);
+        source.AddParam("used", 4.0);
+        source.AddParam("kept", 5.0);
+        double taken = 0;
+        ASSERT_EQ(source.GetParam("p", &taken, 0), 1);
+        EXPECT_EQ(taken, 3.0);
+        source.FetchNamedOnly(1);
+        ASSERT_EQ(source.GetParam("used", &taken, 0), 1);
+        EXPECT_EQ(taken, 4.0);
+
+        CVeskCommandContext target;
+        target.TransferContext(&source);
+        EXPECT_EQ(target.GetNumParams(), 3);
+        EXPECT_EQ(source.GetNumParams(), 2);
+        double b = 0, a = 0, kept = 0;
+        ASSERT_EQ(target.GetParam("x", &b, 0), 1);
+        ASSERT_EQ(target.GetParam("y", &a, 0), 1);
+        ASSERT_EQ(target.GetParam("kept", &kept, 0), 1);
+        EXPECT_EQ(b, 2.0);
+        EXPECT_EQ(a, 1.0);
+        EXPECT_EQ(kept, 5.0);
+        EXPECT_EQ(target.CanProceed(0), 1);
+        // Source keeps only what was fetched, and nothing is left to complain about.
+        EXPECT_EQ(source.CanProceed(0), 1);
+        EXPECT_EQ(Probe("Double"), before + 5);
+    }
+    EXPECT_EQ(Probe("Double"), before);
+}
+
+TEST_F(CommandContext, TransferContextFromAHeapTable)
+{
+    long before = Probe("Double");
+    {
+        CVeskCommandContext source;
+        for (int i = 0; i < 12; ++i)
+            source.AddParam(DorlPchNil, static_cast<double>(i));
+        source.AddParam("n", 100.0);
+        CVeskCommandContext target;
+        target.TransferContext(&source);
+        EXPECT_EQ(target.GetNumParams(), 13);
+        EXPECT_EQ(source.GetNumParams(), 0);
+        double n = 0;
+        for (int i = 11; i >= 0; --i) {
+            double value = -1;
+            ASSERT_EQ(target.GetParam("p", &value, 0), 1);
+            EXPECT_EQ(value, i);
+        }
+        ASSERT_EQ(target.GetParam("n", &n, 0), 1);
+        EXPECT_EQ(n, 100.0);
+    }
+    EXPECT_EQ(Probe("Double"), before);
+}
+
+TEST_F(CommandContext, DestructorReleasesUnfetchedParameters)
+{
+    long before = Probe("String");
+    {
+        CVeskCommandContext context;
+        context.AddParam("a", CDorlString("x"));
+        context.AddParam(DorlPchNil, CDorlString("y"));
+        CVeskGenericData* fetched = nullptr;
+        ASSERT_EQ(context.GetParam("p", &fetched, 0), 1);
+        EXPECT_EQ(Probe("String"), before + 2);
+        fetched->Release();
+        EXPECT_EQ(Probe("String"), before + 1);
+    }
+    EXPECT_EQ(Probe("String"), before);
+}

@@ -1,0 +1,113 @@
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <standin/standin.h>
+
+TEST(Platform, TypesHaveThePlatformWidths)
+{
+    static_assert(sizeof(HRESULT) == 4 && sizeof(LONG) == 4 && sizeof(ULONG) == 4);
+    static_assert(sizeof(DWORD) == 4 && sizeof(DISPID) == 4 && sizeof(VARTYPE) == 2);
+    static_assert(sizeof(OLECHAR) == 2 && sizeof(GUID) == 16);
+    EXPECT_EQ(static_cast<uint32_t>(E_NOINTERFACE), 0x80004002u);
+    EXPECT_EQ(static_cast<uint32_t>(E_FAIL), 0x80004005u);
+    EXPECT_EQ(static_cast<uint32_t>(E_INVALIDARG), 0x80070057u);
+    EXPECT_TRUE(FAILED(E_NOINTERFACE));
+    EXPECT_TRUE(SUCCEEDED(S_FALSE));
+    EXPECT_EQ(IID_IUnknown.Data4[0], 0xC0);
+    EXPECT_EQ(IID_IUnknown.Data4[7], 0x46);
+    GUID copy = IID_IUnknown;
+    EXPECT_TRUE(IsEqualGUID(copy, IID_IUnknown));
+    copy.Data4[7] = 0;
+    EXPECT_FALSE(IsEqualIID(copy, IID_IUnknown));
+    EXPECT_EQ(CoDisconnectObject(nullptr, 0), S_OK);
+}
+
+TEST(Platform, InterlockedOperationsAreAtomicAndYieldThePlatformResults)
+{
+    LONG volatile count = 0;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&count] {
+            for (int i = 0; i < 20000; ++i) {
+                InterlockedIncrement(&count);
+                InterlockedDecrement(&count);
+                InterlockedIncrement(&count);
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(count, 80000);
+
+    LONG volatile value = 5;
+    EXPECT_EQ(InterlockedIncrement(&value), 6);
+    EXPECT_EQ(InterlockedDecrement(&value), 5);
+    EXPECT_EQ(InterlockedExchange(&value, 9), 5);
+    EXPECT_EQ(InterlockedExchangeAdd(&value, 3), 9);
+    EXPECT_EQ(value, 12);
+    EXPECT_EQ(InterlockedCompareExchange(&value, 1, 99), 12); // no match: unchanged
+    EXPECT_EQ(value, 12);
+    EXPECT_EQ(InterlockedCompareExchange(&value, 1, 12), 12);
+    EXPECT_EQ(value, 1);
+}
+
+TEST(Platform, CriticalSectionsAreReentrantAndExclusive)
+{
+    CRITICAL_SECTION section;
+    InitializeCriticalSection(&section);
+    EnterCriticalSection(&section);
+    EnterCriticalSection(&section); // the owner may enter again
+    bool otherGotIn = true;
+    std::thread other([&] { otherGotIn = TryEnterCriticalSection(&section) != FALSE; });
+    other.join();
+    EXPECT_FALSE(otherGotIn);
+    LeaveCriticalSection(&section);
+    LeaveCriticalSection(&section);
+
+    int shared = 0;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&] {
+            for (int i = 0; i < 10000; ++i) {
+                EnterCriticalSection(&section);
+                ++shared;
+                LeaveCriticalSection(&section);
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(shared, 40000);
+    DeleteCriticalSection(&section);
+}
+
+namespace {
+
+struct Counted : IUnknown {
+    LONG refs = 1;
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override
+    {
+        if (!IsEqualIID(iid, IID_IUnknown))
+            return E_NOINTERFACE;
+        *ppv = this;
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return InterlockedIncrement(&refs); }
+    ULONG STDMETHODCALLTYPE Release() override { return InterlockedDecrement(&refs); }
+};
+
+} // namespace
+
+TEST(Platform, InterfacesCallThroughThePlatformConvention)
+{
+    Counted object;
+    IUnknown* unknown = &object;
+    void* pv = nullptr;
+    EXPECT_EQ(unknown->QueryInterface(IID_IUnknown, &pv), S_OK);
+    EXPECT_EQ(pv, unknown);
+    EXPECT_EQ(unknown->Release(), 1u);
+    GUID other = IID_IUnknown;
+    other.Data1 = 1;
+    EXPECT_EQ(unknown->QueryInterface(other, &pv), E_NOINTERFACE);
+}

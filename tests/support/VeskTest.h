@@ -1,0 +1,64 @@
+#pragma once
+
+// Shared pieces of the library's test suites.
+
+#include <sstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <vesk/vesk.h>
+
+#include "support/Capture.h"
+
+namespace vesk_test {
+
+// Runs the library's start-up routine, as a host does once after loading it.
+class StartedTest : public ::testing::Test {
+protected:
+    void SetUp() override { DorlRunInitialisers(); }
+};
+
+inline std::string Printed(CVeskGenericData* value)
+{
+    std::ostringstream out;
+    out << *value;
+    return out.str();
+}
+
+// The text of a String value, or a marker when the value is something else.
+inline std::string Text(CVeskGenericData* value)
+{
+    if (!value || value->GetType() != CVeskGenericData::dtString)
+        return "<not a string>";
+    const CDorlString& text = static_cast<CVeskGdString*>(value)->m_sValue;
+    return std::string(static_cast<const char*>(text), text.GetLength());
+}
+
+inline long Probe(const char* name)
+{
+    CDorlProberVariable* probe = DorlFindProbe("\\Resources\\GenericData", name);
+    return probe ? probe->GetValue() : -1;
+}
+
+// Holds one reference and releases it at the end of the scope.
+template <class T> class Ref {
+public:
+    explicit Ref(T* p = nullptr) : m_p(p) {}
+    ~Ref()
+    {
+        if (m_p)
+            m_p->Release();
+    }
+    Ref(const Ref&) = delete;
+    Ref& operator=(const Ref&) = delete;
+    T* get() const { return m_p; }
+    T* operator->() const { return m_p; }
+    T& operator*() const { return *m_p; }
+    T** operator&() { return &m_p; }
+
+private:
+    T* m_p;
+};
+
+} // namespace vesk_test
