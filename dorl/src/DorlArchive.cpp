@@ -9,19 +9,22 @@ static_assert(sizeof(double) == 8 && std::numeric_limits<double>::is_iec559,
 
 namespace {
 
-void PutLittleEndian(unsigned char* out, uint64_t value, int size) {
+void PutLittleEndian(unsigned char* out, uint64_t value, int size)
+{
     for (int i = 0; i < size; ++i)
         out[i] = static_cast<unsigned char>(value >> (8 * i));
 }
 
-uint64_t GetLittleEndian(const unsigned char* in, int size) {
+uint64_t GetLittleEndian(const unsigned char* in, int size)
+{
     uint64_t value = 0;
     for (int i = 0; i < size; ++i)
         value |= uint64_t(in[i]) << (8 * i);
     return value;
 }
 
-bool ReadWholeFile(std::FILE* file, std::vector<unsigned char>& data) {
+bool ReadWholeFile(std::FILE* file, std::vector<unsigned char>& data)
+{
     unsigned char chunk[65536];
     size_t got;
     while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0)
@@ -33,7 +36,8 @@ bool ReadWholeFile(std::FILE* file, std::vector<unsigned char>& data) {
 
 CDorlArchive::CDorlArchive() = default;
 
-CDorlArchive::CDorlArchive(const void* data, size_t size) : m_bStoring(false) {
+CDorlArchive::CDorlArchive(const void* data, size_t size) : m_bStoring(false)
+{
     if (data && size > 0) {
         const unsigned char* bytes = static_cast<const unsigned char*>(data);
         m_data.assign(bytes, bytes + size);
@@ -42,7 +46,8 @@ CDorlArchive::CDorlArchive(const void* data, size_t size) : m_bStoring(false) {
 
 CDorlArchive::~CDorlArchive() { Close(); }
 
-bool CDorlArchive::OpenFile(const char* path, bool bStoring) {
+bool CDorlArchive::OpenFile(const char* path, bool bStoring)
+{
     Close();
     m_data.clear();
     m_readPos = 0;
@@ -66,7 +71,8 @@ bool CDorlArchive::OpenFile(const char* path, bool bStoring) {
     return ok;
 }
 
-void CDorlArchive::Close() {
+void CDorlArchive::Close()
+{
     if (!m_file)
         return;
     if (std::fclose(m_file) != 0)
@@ -75,7 +81,8 @@ void CDorlArchive::Close() {
     m_bClosed = true;
 }
 
-void CDorlArchive::Write(const void* data, size_t size) {
+void CDorlArchive::Write(const void* data, size_t size)
+{
     if (!m_bStoring || m_bClosed) {
         m_bFailed = true;
         return;
@@ -91,7 +98,8 @@ void CDorlArchive::Write(const void* data, size_t size) {
     m_data.insert(m_data.end(), bytes, bytes + size);
 }
 
-size_t CDorlArchive::Read(void* out, size_t size) {
+size_t CDorlArchive::Read(void* out, size_t size)
+{
     if (m_bStoring || size > GetRemaining()) {
         std::memset(out, 0, size);
         SkipRest();
@@ -102,39 +110,46 @@ size_t CDorlArchive::Read(void* out, size_t size) {
     return size;
 }
 
-void CDorlArchive::SkipRest() {
+void CDorlArchive::SkipRest()
+{
     m_bFailed = true;
     m_readPos = m_data.size();
 }
 
-void CDorlArchive::WriteUInt32(uint32_t value) {
+void CDorlArchive::WriteUInt32(uint32_t value)
+{
     unsigned char bytes[4];
     PutLittleEndian(bytes, value, 4);
     Write(bytes, 4);
 }
 
-uint32_t CDorlArchive::ReadUInt32() {
+uint32_t CDorlArchive::ReadUInt32()
+{
     unsigned char bytes[4];
     Read(bytes, 4);
     return static_cast<uint32_t>(GetLittleEndian(bytes, 4));
 }
 
-CDorlArchive& CDorlArchive::operator<<(int value) {
+CDorlArchive& CDorlArchive::operator<<(int value)
+{
     WriteUInt32(static_cast<uint32_t>(static_cast<int32_t>(value)));
     return *this;
 }
 
-CDorlArchive& CDorlArchive::operator<<(unsigned int value) {
+CDorlArchive& CDorlArchive::operator<<(unsigned int value)
+{
     WriteUInt32(static_cast<uint32_t>(value));
     return *this;
 }
 
-CDorlArchive& CDorlArchive::operator<<(unsigned char value) {
+CDorlArchive& CDorlArchive::operator<<(unsigned char value)
+{
     Write(&value, 1);
     return *this;
 }
 
-CDorlArchive& CDorlArchive::operator<<(double value) {
+CDorlArchive& CDorlArchive::operator<<(double value)
+{
     uint64_t bits;
     std::memcpy(&bits, &value, sizeof bits);
     unsigned char bytes[8];
@@ -143,22 +158,26 @@ CDorlArchive& CDorlArchive::operator<<(double value) {
     return *this;
 }
 
-CDorlArchive& CDorlArchive::operator>>(int& value) {
+CDorlArchive& CDorlArchive::operator>>(int& value)
+{
     value = static_cast<int32_t>(ReadUInt32());
     return *this;
 }
 
-CDorlArchive& CDorlArchive::operator>>(unsigned int& value) {
+CDorlArchive& CDorlArchive::operator>>(unsigned int& value)
+{
     value = ReadUInt32();
     return *this;
 }
 
-CDorlArchive& CDorlArchive::operator>>(unsigned char& value) {
+CDorlArchive& CDorlArchive::operator>>(unsigned char& value)
+{
     Read(&value, 1);
     return *this;
 }
 
-CDorlArchive& CDorlArchive::operator>>(double& value) {
+CDorlArchive& CDorlArchive::operator>>(double& value)
+{
     unsigned char bytes[8];
     Read(bytes, 8);
     uint64_t bits = GetLittleEndian(bytes, 8);
@@ -166,13 +185,15 @@ CDorlArchive& CDorlArchive::operator>>(double& value) {
     return *this;
 }
 
-CDorlArchive& operator<<(CDorlArchive& ar, const CDorlString& text) {
+CDorlArchive& operator<<(CDorlArchive& ar, const CDorlString& text)
+{
     ar << text.GetLength();
     ar.Write(static_cast<const char*>(text), static_cast<size_t>(text.GetLength()));
     return ar;
 }
 
-CDorlArchive& operator>>(CDorlArchive& ar, CDorlString& text) {
+CDorlArchive& operator>>(CDorlArchive& ar, CDorlString& text)
+{
     text.Empty();
     int length = 0;
     ar >> length;

@@ -22,17 +22,20 @@ struct ProcessInfoRegistry {
 // Other libraries register from their static initialisers, possibly before this library's
 // own namespace-scope objects exist, so the registries are built on first use. They are never
 // destroyed, for registrations made while the process winds down.
-InitialiserRegistry& Initialisers() {
+InitialiserRegistry& Initialisers()
+{
     static InitialiserRegistry* registry = new InitialiserRegistry;
     return *registry;
 }
 
-ProcessInfoRegistry& ProcessInfoHandlers() {
+ProcessInfoRegistry& ProcessInfoHandlers()
+{
     static ProcessInfoRegistry* registry = new ProcessInfoRegistry;
     return *registry;
 }
 
-void (*TakeNextInitialiser())() {
+void (*TakeNextInitialiser())()
+{
     InitialiserRegistry& registry = Initialisers();
     std::lock_guard<std::mutex> lock(registry.mutex);
     if (registry.nextToRun == registry.initialisers.size())
@@ -42,7 +45,8 @@ void (*TakeNextInitialiser())() {
 
 } // namespace
 
-int DorlAddInitialiser(void (*initialiser)()) {
+int DorlAddInitialiser(void (*initialiser)())
+{
     InitialiserRegistry& registry = Initialisers();
     std::lock_guard<std::mutex> lock(registry.mutex);
     if (initialiser)
@@ -51,13 +55,15 @@ int DorlAddInitialiser(void (*initialiser)()) {
     return static_cast<int>(std::max<size_t>(registry.initialisers.size(), 1));
 }
 
-void DorlRunInitialisers() {
+void DorlRunInitialisers()
+{
     // Taken one at a time and run unlocked: an initialiser may register or run others.
     while (void (*initialiser)() = TakeNextInitialiser())
         initialiser();
 }
 
-void DorlRegisterProcessInfoHandler(const char* name, void (*handler)()) {
+void DorlRegisterProcessInfoHandler(const char* name, void (*handler)())
+{
     if (!name)
         return;
     ProcessInfoRegistry& registry = ProcessInfoHandlers();
@@ -68,7 +74,8 @@ void DorlRegisterProcessInfoHandler(const char* name, void (*handler)()) {
         registry.handlers.erase(name);
 }
 
-int DorlRunProcessInfoHandler(const char* name) {
+int DorlRunProcessInfoHandler(const char* name)
+{
     if (!name)
         return 0;
     void (*handler)() = nullptr;

@@ -12,7 +12,8 @@ struct ProbeRegistry {
 };
 
 // Never destroyed: probes in other libraries' statics may outlive this library's statics.
-ProbeRegistry& Registry() {
+ProbeRegistry& Registry()
+{
     static ProbeRegistry* registry = new ProbeRegistry;
     return *registry;
 }
@@ -20,13 +21,15 @@ ProbeRegistry& Registry() {
 } // namespace
 
 CDorlProberVariable::CDorlProberVariable(const char* path, const char* name)
-    : m_path(path), m_name(name) {
+    : m_path(path), m_name(name)
+{
     ProbeRegistry& registry = Registry();
     std::lock_guard<std::mutex> lock(registry.mutex);
     registry.variables.push_back(this);
 }
 
-CDorlProberVariable::~CDorlProberVariable() {
+CDorlProberVariable::~CDorlProberVariable()
+{
     ProbeRegistry& registry = Registry();
     std::lock_guard<std::mutex> lock(registry.mutex);
     auto& variables = registry.variables;
@@ -34,11 +37,13 @@ CDorlProberVariable::~CDorlProberVariable() {
 }
 
 CDorlProbedLong::CDorlProbedLong(const char* path, const char* name, long initial, void*)
-    : CDorlProberVariable(path, name), m_value(initial) {}
+    : CDorlProberVariable(path, name), m_value(initial)
+{}
 
 long CDorlProbedLong::GetValue() const { return m_value; }
 
-CDorlProberVariable* DorlFindProbe(const char* path, const char* name) {
+CDorlProberVariable* DorlFindProbe(const char* path, const char* name)
+{
     CDorlString wantedPath(path);
     CDorlString wantedName(name);
     ProbeRegistry& registry = Registry();

@@ -42,24 +42,28 @@ char* EmptyText() { return s_emptyBlock.text; }
 
 bool IsEmptyBlock(const char* text) { return text == s_emptyBlock.text; }
 
-StringBlock* BlockOf(const char* text) {
+StringBlock* BlockOf(const char* text)
+{
     return reinterpret_cast<StringBlock*>(const_cast<char*>(text)) - 1;
 }
 
-bool IsUnique(const char* text) {
+bool IsUnique(const char* text)
+{
     if (IsEmptyBlock(text))
         return false;
     StringBlock* block = BlockOf(text);
     return block->locked || block->refs.load(std::memory_order_acquire) == 1;
 }
 
-void SetLength(char* text, int length) {
+void SetLength(char* text, int length)
+{
     BlockOf(text)->length = length;
     text[length] = 0;
     text[length + 1] = 0;
 }
 
-char* AllocateText(int capacity) {
+char* AllocateText(int capacity)
+{
     void* memory = ::operator new(sizeof(StringBlock) + static_cast<size_t>(capacity) + 2);
     StringBlock* block = new (memory) StringBlock{1, 0, capacity, 0};
     char* text = block->Text();
@@ -67,14 +71,16 @@ char* AllocateText(int capacity) {
     return text;
 }
 
-char* CopyText(const char* source, int length, int capacity) {
+char* CopyText(const char* source, int length, int capacity)
+{
     char* text = AllocateText(std::max(length, capacity));
     std::memcpy(text, source, static_cast<size_t>(length));
     SetLength(text, length);
     return text;
 }
 
-void ReleaseText(char* text) {
+void ReleaseText(char* text)
+{
     if (IsEmptyBlock(text))
         return;
     StringBlock* block = BlockOf(text);
@@ -84,7 +90,8 @@ void ReleaseText(char* text) {
     ::operator delete(block);
 }
 
-char* ShareText(char* text) {
+char* ShareText(char* text)
+{
     if (IsEmptyBlock(text))
         return text;
     StringBlock* block = BlockOf(text);
@@ -94,19 +101,23 @@ char* ShareText(char* text) {
     return text;
 }
 
-int LengthOf(const char* text) {
+int LengthOf(const char* text)
+{
     if (!text)
         return 0;
     return static_cast<int>(strnlen(text, kMaxLength));
 }
 
-int GrowCapacity(int64_t needed) {
-    return static_cast<int>(std::min<int64_t>(std::max<int64_t>(needed + needed / 2, 16), kMaxLength));
+int GrowCapacity(int64_t needed)
+{
+    return static_cast<int>(
+        std::min<int64_t>(std::max<int64_t>(needed + needed / 2, 16), kMaxLength));
 }
 
 int Sign(int value) { return (value > 0) - (value < 0); }
 
-int CompareBytes(const char* left, int leftLength, const char* right, int rightLength) {
+int CompareBytes(const char* left, int leftLength, const char* right, int rightLength)
+{
     int common = std::min(leftLength, rightLength);
     int result = common > 0 ? std::memcmp(left, right, static_cast<size_t>(common)) : 0;
     if (result != 0)
@@ -116,7 +127,8 @@ int CompareBytes(const char* left, int leftLength, const char* right, int rightL
 
 int FoldCase(unsigned char ch) { return ch >= 'A' && ch <= 'Z' ? ch + ('a' - 'A') : ch; }
 
-int CompareBytesNoCase(const char* left, int leftLength, const char* right, int rightLength) {
+int CompareBytesNoCase(const char* left, int leftLength, const char* right, int rightLength)
+{
     int common = std::min(leftLength, rightLength);
     for (int i = 0; i < common; ++i) {
         int difference = FoldCase(static_cast<unsigned char>(left[i])) -
@@ -127,7 +139,8 @@ int CompareBytesNoCase(const char* left, int leftLength, const char* right, int 
     return Sign(leftLength - rightLength);
 }
 
-CDorlString Concatenate(const char* left, int leftLength, const char* right, int rightLength) {
+CDorlString Concatenate(const char* left, int leftLength, const char* right, int rightLength)
+{
     CDorlString result;
     if (int64_t(leftLength) + rightLength > kMaxLength)
         return result;
@@ -145,29 +158,34 @@ const CDorlString DorlPchNil;
 
 CDorlString::CDorlString() noexcept : m_pchData(EmptyText()) {}
 
-CDorlString::CDorlString(const char* text) : m_pchData(EmptyText()) {
+CDorlString::CDorlString(const char* text) : m_pchData(EmptyText())
+{
     AssignCopy(text, LengthOf(text));
 }
 
-CDorlString::CDorlString(const char* text, int length) : m_pchData(EmptyText()) {
+CDorlString::CDorlString(const char* text, int length) : m_pchData(EmptyText())
+{
     if (text)
         AssignCopy(text, std::min(length, kMaxLength));
 }
 
 CDorlString::CDorlString(const CDorlString& other) : m_pchData(ShareText(other.m_pchData)) {}
 
-CDorlString::CDorlString(CDorlString&& other) noexcept : m_pchData(other.m_pchData) {
+CDorlString::CDorlString(CDorlString&& other) noexcept : m_pchData(other.m_pchData)
+{
     other.m_pchData = EmptyText();
 }
 
 CDorlString::~CDorlString() { ReleaseText(m_pchData); }
 
-CDorlString& CDorlString::operator=(const char* text) {
+CDorlString& CDorlString::operator=(const char* text)
+{
     AssignCopy(text, LengthOf(text));
     return *this;
 }
 
-CDorlString& CDorlString::operator=(const CDorlString& other) {
+CDorlString& CDorlString::operator=(const CDorlString& other)
+{
     if (m_pchData == other.m_pchData)
         return *this;
     char* shared = ShareText(other.m_pchData);
@@ -176,7 +194,8 @@ CDorlString& CDorlString::operator=(const CDorlString& other) {
     return *this;
 }
 
-CDorlString& CDorlString::operator=(CDorlString&& other) noexcept {
+CDorlString& CDorlString::operator=(CDorlString&& other) noexcept
+{
     if (this == &other)
         return *this;
     ReleaseText(m_pchData);
@@ -185,7 +204,8 @@ CDorlString& CDorlString::operator=(CDorlString&& other) noexcept {
     return *this;
 }
 
-char CDorlString::operator[](int index) const {
+char CDorlString::operator[](int index) const
+{
     if (index < 0 || index >= GetLength())
         return 0;
     return m_pchData[index];
@@ -195,25 +215,29 @@ int CDorlString::GetLength() const { return BlockOf(m_pchData)->length; }
 
 bool CDorlString::IsEmpty() const { return GetLength() == 0; }
 
-void CDorlString::Empty() {
+void CDorlString::Empty()
+{
     ReleaseText(m_pchData);
     m_pchData = EmptyText();
 }
 
-char* CDorlString::GetBuffer(int minLength) {
+char* CDorlString::GetBuffer(int minLength)
+{
     PrepareToWrite(std::clamp(minLength, 0, kMaxLength));
     BlockOf(m_pchData)->locked = 1;
     return m_pchData;
 }
 
-char* CDorlString::GetBufferSetLength(int length) {
+char* CDorlString::GetBufferSetLength(int length)
+{
     length = std::clamp(length, 0, kMaxLength);
     GetBuffer(length);
     SetLength(m_pchData, length);
     return m_pchData;
 }
 
-void CDorlString::ReleaseBuffer(int newLength) {
+void CDorlString::ReleaseBuffer(int newLength)
+{
     if (IsEmptyBlock(m_pchData))
         return;
     // Only a misuse reaches here with a shared block; it must not write into the other owners.
@@ -225,23 +249,28 @@ void CDorlString::ReleaseBuffer(int newLength) {
     block->locked = 0;
 }
 
-int CDorlString::Compare(const char* text) const {
+int CDorlString::Compare(const char* text) const
+{
     return CompareBytes(m_pchData, LengthOf(m_pchData), text, LengthOf(text));
 }
 
-int CDorlString::Compare(const CDorlString& other) const {
+int CDorlString::Compare(const CDorlString& other) const
+{
     return CompareBytes(m_pchData, GetLength(), other.m_pchData, other.GetLength());
 }
 
-int CDorlString::CompareNoCase(const char* text) const {
+int CDorlString::CompareNoCase(const char* text) const
+{
     return CompareBytesNoCase(m_pchData, LengthOf(m_pchData), text, LengthOf(text));
 }
 
-int CDorlString::CompareNoCase(const CDorlString& other) const {
+int CDorlString::CompareNoCase(const CDorlString& other) const
+{
     return CompareBytesNoCase(m_pchData, GetLength(), other.m_pchData, other.GetLength());
 }
 
-void CDorlString::Format(const char* format, ...) {
+void CDorlString::Format(const char* format, ...)
+{
     va_list args;
     va_start(args, format);
     // Built aside first: the arguments may point into this string.
@@ -250,22 +279,26 @@ void CDorlString::Format(const char* format, ...) {
     *this = static_cast<CDorlString&&>(text);
 }
 
-CDorlString& CDorlString::operator+=(const CDorlString& other) {
+CDorlString& CDorlString::operator+=(const CDorlString& other)
+{
     Append(other.m_pchData, other.GetLength());
     return *this;
 }
 
-CDorlString& CDorlString::operator+=(const char* text) {
+CDorlString& CDorlString::operator+=(const char* text)
+{
     Append(text, LengthOf(text));
     return *this;
 }
 
-CDorlString& CDorlString::operator+=(char ch) {
+CDorlString& CDorlString::operator+=(char ch)
+{
     Append(&ch, 1);
     return *this;
 }
 
-void CDorlString::AssignCopy(const char* text, int length) {
+void CDorlString::AssignCopy(const char* text, int length)
+{
     if (!text || length <= 0) {
         Empty();
         return;
@@ -280,7 +313,8 @@ void CDorlString::AssignCopy(const char* text, int length) {
     m_pchData = fresh;
 }
 
-void CDorlString::Append(const char* text, int length) {
+void CDorlString::Append(const char* text, int length)
+{
     if (!text || length <= 0)
         return;
     int oldLength = GetLength();
@@ -300,7 +334,8 @@ void CDorlString::Append(const char* text, int length) {
     m_pchData = grown;
 }
 
-void CDorlString::PrepareToWrite(int capacity) {
+void CDorlString::PrepareToWrite(int capacity)
+{
     if (IsUnique(m_pchData) && BlockOf(m_pchData)->capacity >= capacity)
         return;
     char* fresh = CopyText(m_pchData, GetLength(), capacity);
@@ -308,7 +343,8 @@ void CDorlString::PrepareToWrite(int capacity) {
     m_pchData = fresh;
 }
 
-CDorlString DorlFormatV(const char* format, va_list args) {
+CDorlString DorlFormatV(const char* format, va_list args)
+{
     if (!format)
         return CDorlString();
     char small[256];
@@ -326,29 +362,35 @@ CDorlString DorlFormatV(const char* format, va_list args) {
     return text;
 }
 
-CDorlString operator+(const CDorlString& left, const CDorlString& right) {
+CDorlString operator+(const CDorlString& left, const CDorlString& right)
+{
     return Concatenate(left, left.GetLength(), right, right.GetLength());
 }
 
-CDorlString operator+(const CDorlString& left, const char* right) {
+CDorlString operator+(const CDorlString& left, const char* right)
+{
     return Concatenate(left, left.GetLength(), right ? right : "", LengthOf(right));
 }
 
-CDorlString operator+(const char* left, const CDorlString& right) {
+CDorlString operator+(const char* left, const CDorlString& right)
+{
     return Concatenate(left ? left : "", LengthOf(left), right, right.GetLength());
 }
 
-CDorlString operator+(const CDorlString& left, char right) {
+CDorlString operator+(const CDorlString& left, char right)
+{
     return Concatenate(left, left.GetLength(), &right, 1);
 }
 
-bool operator==(const CDorlString& left, const CDorlString& right) {
+bool operator==(const CDorlString& left, const CDorlString& right)
+{
     return left.Compare(right) == 0;
 }
 
 bool operator!=(const CDorlString& left, const CDorlString& right) { return !(left == right); }
 
-bool operator<(const CDorlString& left, const CDorlString& right) {
+bool operator<(const CDorlString& left, const CDorlString& right)
+{
     return left.Compare(right) < 0;
 }
 

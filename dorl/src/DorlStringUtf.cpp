@@ -7,11 +7,13 @@ namespace {
 
 constexpr uint32_t kReplacementCharacter = 0xFFFD;
 
-bool IsScalarValue(uint32_t codePoint) {
+bool IsScalarValue(uint32_t codePoint)
+{
     return codePoint <= 0x10FFFF && (codePoint < 0xD800 || codePoint > 0xDFFF);
 }
 
-int EncodeUtf8(uint32_t codePoint, char* out) {
+int EncodeUtf8(uint32_t codePoint, char* out)
+{
     if (!IsScalarValue(codePoint))
         codePoint = kReplacementCharacter;
     if (codePoint < 0x80) {
@@ -38,7 +40,8 @@ int EncodeUtf8(uint32_t codePoint, char* out) {
 
 // The byte count of the well-formed sequence at text, with its code point; 0 when the bytes
 // there are not one (overlong forms and encoded surrogates included).
-int DecodeUtf8(const unsigned char* text, int available, uint32_t& codePoint) {
+int DecodeUtf8(const unsigned char* text, int available, uint32_t& codePoint)
+{
     unsigned char lead = text[0];
     int count;
     uint32_t smallest;
@@ -73,13 +76,15 @@ int DecodeUtf8(const unsigned char* text, int available, uint32_t& codePoint) {
     return count;
 }
 
-char* PutUtf16Unit(char* out, uint32_t unit) {
+char* PutUtf16Unit(char* out, uint32_t unit)
+{
     out[0] = static_cast<char>(unit & 0xFF);
     out[1] = static_cast<char>(unit >> 8);
     return out + 2;
 }
 
-char* PutUtf16(char* out, uint32_t codePoint) {
+char* PutUtf16(char* out, uint32_t codePoint)
+{
     if (codePoint < 0x10000)
         return PutUtf16Unit(out, codePoint);
     codePoint -= 0x10000;
@@ -87,7 +92,8 @@ char* PutUtf16(char* out, uint32_t codePoint) {
     return PutUtf16Unit(out, 0xDC00 | (codePoint & 0x3FF));
 }
 
-int HexDigitValue(char ch) {
+int HexDigitValue(char ch)
+{
     if (ch >= '0' && ch <= '9')
         return ch - '0';
     if (ch >= 'a' && ch <= 'f')
@@ -99,7 +105,8 @@ int HexDigitValue(char ch) {
 
 } // namespace
 
-CDorlString::CDorlString(const wchar_t* text) : CDorlString() {
+CDorlString::CDorlString(const wchar_t* text) : CDorlString()
+{
     if (!text)
         return;
     size_t count = std::wcslen(text);
@@ -112,7 +119,8 @@ CDorlString::CDorlString(const wchar_t* text) : CDorlString() {
     ReleaseBuffer(length);
 }
 
-CDorlString CDorlString::ConvertToWide() const {
+CDorlString CDorlString::ConvertToWide() const
+{
     int length = GetLength();
     CDorlString wide;
     if (length == 0 || length > 0x3FFFFFFF)
@@ -135,7 +143,8 @@ CDorlString CDorlString::ConvertToWide() const {
     return wide;
 }
 
-int CDorlBinStringRaw::FromString(const char* text, int nBytes, unsigned char* out) {
+int CDorlBinStringRaw::FromString(const char* text, int nBytes, unsigned char* out)
+{
     if (nBytes <= 0)
         return 1;
     if (!text || !out)

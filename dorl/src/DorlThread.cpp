@@ -13,7 +13,8 @@ struct ThreadSlots {
 
 std::atomic<int> s_allocatedSlots{0};
 
-void DisposeThreadSlots(void* value) {
+void DisposeThreadSlots(void* value)
+{
     ThreadSlots* slots = static_cast<ThreadSlots*>(value);
     for (CDorlThreadLocalStorage*& object : slots->objects) {
         // Cleared first so that a disposal looking at its own slot finds it empty. An object
@@ -28,7 +29,8 @@ void DisposeThreadSlots(void* value) {
 
 // A key destructor, unlike a thread_local destructor, does not run for the main thread at
 // exit, when the objects' own dependencies may already be gone.
-pthread_key_t SlotsKey() {
+pthread_key_t SlotsKey()
+{
     static pthread_key_t key = [] {
         pthread_key_t created;
         pthread_key_create(&created, DisposeThreadSlots);
@@ -39,7 +41,8 @@ pthread_key_t SlotsKey() {
 
 ThreadSlots* CurrentSlots() { return static_cast<ThreadSlots*>(pthread_getspecific(SlotsKey())); }
 
-bool IsAllocatedIndex(int index) {
+bool IsAllocatedIndex(int index)
+{
     return index >= 0 && index < s_allocatedSlots.load(std::memory_order_acquire);
 }
 
@@ -47,7 +50,8 @@ bool IsAllocatedIndex(int index) {
 
 CDorlThreadLocalStorage::~CDorlThreadLocalStorage() = default;
 
-int DorlAllocateThreadLocalStorageIndex() {
+int DorlAllocateThreadLocalStorageIndex()
+{
     int index = s_allocatedSlots.load(std::memory_order_relaxed);
     do {
         if (index >= kSlotCount)
@@ -56,7 +60,8 @@ int DorlAllocateThreadLocalStorageIndex() {
     return index;
 }
 
-int DorlSetThreadLocalStorageObj(int index, CDorlThreadLocalStorage* obj) {
+int DorlSetThreadLocalStorageObj(int index, CDorlThreadLocalStorage* obj)
+{
     if (!IsAllocatedIndex(index))
         return 0;
     ThreadSlots* slots = CurrentSlots();
@@ -70,7 +75,8 @@ int DorlSetThreadLocalStorageObj(int index, CDorlThreadLocalStorage* obj) {
     return 1;
 }
 
-CDorlThreadLocalStorage* DorlGetThreadLocalStorageObj(int index) {
+CDorlThreadLocalStorage* DorlGetThreadLocalStorageObj(int index)
+{
     if (!IsAllocatedIndex(index))
         return nullptr;
     ThreadSlots* slots = CurrentSlots();

@@ -14,7 +14,8 @@ constexpr int64_t kSecondsPerDay = 24 * kSecondsPerHour;
 // Longer results than this are taken as a runaway format rather than grown further.
 constexpr size_t kMaxFormattedLength = 65536;
 
-bool ToTimeT(int64_t seconds, std::time_t& out) {
+bool ToTimeT(int64_t seconds, std::time_t& out)
+{
     // time_t is 32 bits in some i386 configurations.
     if (seconds < std::numeric_limits<std::time_t>::min() ||
         seconds > std::numeric_limits<std::time_t>::max())
@@ -23,7 +24,8 @@ bool ToTimeT(int64_t seconds, std::time_t& out) {
     return true;
 }
 
-CDorlString FormatBrokenDownTime(const std::tm& parts, const char* format) {
+CDorlString FormatBrokenDownTime(const std::tm& parts, const char* format)
+{
     if (!format || !*format)
         return CDorlString();
     // strftime yields 0 both for an empty result and for a too small buffer; a trailing space
@@ -42,7 +44,8 @@ CDorlString FormatBrokenDownTime(const std::tm& parts, const char* format) {
     return CDorlString();
 }
 
-CDorlString FormatTime(int64_t seconds, const char* format, bool local) {
+CDorlString FormatTime(int64_t seconds, const char* format, bool local)
+{
     std::time_t when;
     std::tm parts;
     if (!ToTimeT(seconds, when))
@@ -53,7 +56,8 @@ CDorlString FormatTime(int64_t seconds, const char* format, bool local) {
     return FormatBrokenDownTime(parts, format);
 }
 
-void AppendNumber(CDorlString& text, uint64_t value, bool twoDigits) {
+void AppendNumber(CDorlString& text, uint64_t value, bool twoDigits)
+{
     char digits[24];
     std::snprintf(digits, sizeof digits, twoDigits ? "%02" PRIu64 : "%" PRIu64, value);
     text += digits;
@@ -63,11 +67,10 @@ void AppendNumber(CDorlString& text, uint64_t value, bool twoDigits) {
 
 CDorlTime::CDorlTime(int64_t secondsSince1970) : m_time(secondsSince1970) {}
 
-CDorlString CDorlTime::Format(const char* format) const {
-    return FormatTime(m_time, format, true);
-}
+CDorlString CDorlTime::Format(const char* format) const { return FormatTime(m_time, format, true); }
 
-CDorlString CDorlTime::FormatGmt(const char* format) const {
+CDorlString CDorlTime::FormatGmt(const char* format) const
+{
     return FormatTime(m_time, format, false);
 }
 
@@ -75,17 +78,17 @@ CDorlTimeSpan::CDorlTimeSpan(int64_t seconds) : m_seconds(seconds) {}
 
 int64_t CDorlTimeSpan::GetDays() const { return m_seconds / kSecondsPerDay; }
 
-int CDorlTimeSpan::GetHours() const {
-    return static_cast<int>(m_seconds / kSecondsPerHour % 24);
-}
+int CDorlTimeSpan::GetHours() const { return static_cast<int>(m_seconds / kSecondsPerHour % 24); }
 
-int CDorlTimeSpan::GetMinutes() const {
+int CDorlTimeSpan::GetMinutes() const
+{
     return static_cast<int>(m_seconds / kSecondsPerMinute % 60);
 }
 
 int CDorlTimeSpan::GetSeconds() const { return static_cast<int>(m_seconds % 60); }
 
-CDorlString CDorlTimeSpan::Format(const char* format) const {
+CDorlString CDorlTimeSpan::Format(const char* format) const
+{
     CDorlString text;
     if (!format)
         return text;

@@ -29,7 +29,8 @@ struct TimerRegistry {
 };
 
 // Never destroyed: timers in other libraries' statics may outlive this library's statics.
-TimerRegistry& Registry() {
+TimerRegistry& Registry()
+{
     static TimerRegistry* registry = new TimerRegistry;
     return *registry;
 }
@@ -40,7 +41,8 @@ struct DueAlarm {
     Clock::time_point due;
 };
 
-std::vector<DueAlarm> CollectDueAlarms() {
+std::vector<DueAlarm> CollectDueAlarms()
+{
     TimerRegistry& registry = Registry();
     std::thread::id self = std::this_thread::get_id();
     Clock::time_point now = Clock::now();
@@ -55,7 +57,8 @@ std::vector<DueAlarm> CollectDueAlarms() {
 
 // Disarms the alarm if it is still the one collected: an earlier alarm of this turn may have
 // killed, re-armed or destroyed it.
-bool ClaimAlarm(const DueAlarm& alarm, long& delayMs) {
+bool ClaimAlarm(const DueAlarm& alarm, long& delayMs)
+{
     TimerRegistry& registry = Registry();
     std::lock_guard<std::mutex> lock(registry.mutex);
     auto found = registry.entries.find(alarm.timer);
@@ -71,19 +74,22 @@ bool ClaimAlarm(const DueAlarm& alarm, long& delayMs) {
 
 } // namespace
 
-CDorlTimer::CDorlTimer() {
+CDorlTimer::CDorlTimer()
+{
     TimerRegistry& registry = Registry();
     std::lock_guard<std::mutex> lock(registry.mutex);
     registry.entries[this].owner = std::this_thread::get_id();
 }
 
-CDorlTimer::~CDorlTimer() {
+CDorlTimer::~CDorlTimer()
+{
     TimerRegistry& registry = Registry();
     std::lock_guard<std::mutex> lock(registry.mutex);
     registry.entries.erase(this);
 }
 
-void CDorlTimer::SetAlarm(long delayMs) {
+void CDorlTimer::SetAlarm(long delayMs)
+{
     Clock::time_point due = Clock::now() + std::chrono::milliseconds(std::max(delayMs, 0L));
     TimerRegistry& registry = Registry();
     std::lock_guard<std::mutex> lock(registry.mutex);
@@ -94,7 +100,8 @@ void CDorlTimer::SetAlarm(long delayMs) {
     entry.delayMs = delayMs;
 }
 
-void CDorlTimer::KillAlarm() {
+void CDorlTimer::KillAlarm()
+{
     TimerRegistry& registry = Registry();
     std::lock_guard<std::mutex> lock(registry.mutex);
     auto found = registry.entries.find(this);
@@ -104,7 +111,8 @@ void CDorlTimer::KillAlarm() {
 
 void CDorlTimer::OnAlarm(long) {}
 
-int DorlRunTimers() {
+int DorlRunTimers()
+{
     std::vector<DueAlarm> due = CollectDueAlarms();
     std::sort(due.begin(), due.end(), [](const DueAlarm& left, const DueAlarm& right) {
         return left.due != right.due ? left.due < right.due : left.arming < right.arming;

@@ -13,13 +13,13 @@ class VESK_API CVeskSimpleCommandObject : public IVeskCommand {
 public:
     CVeskSimpleCommandObject();
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void ** ppv) override;
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override;
     ULONG STDMETHODCALLTYPE AddRef() override;
     ULONG STDMETHODCALLTYPE Release() override;
-    CVeskGenericData * STDMETHODCALLTYPE GetProperty(const CDorlString & name, int bByRef) override;
-    int STDMETHODCALLTYPE SetProperty(const CDorlString & name, CVeskGenericData * value) override;
-    int STDMETHODCALLTYPE CallMethod(CVeskCommandContext * context) override;
-    CVeskPropertyEnum * STDMETHODCALLTYPE GetPropertyEnumerator() override;
+    CVeskGenericData* STDMETHODCALLTYPE GetProperty(const CDorlString& name, int bByRef) override;
+    int STDMETHODCALLTYPE SetProperty(const CDorlString& name, CVeskGenericData* value) override;
+    int STDMETHODCALLTYPE CallMethod(CVeskCommandContext* context) override;
+    CVeskPropertyEnum* STDMETHODCALLTYPE GetPropertyEnumerator() override;
 
     virtual ~CVeskSimpleCommandObject();
 
@@ -30,10 +30,10 @@ protected:
 // A function with a name and a description; a concrete function overrides CallMethod.
 class VESK_API CVeskFunctionObj : public CVeskSimpleCommandObject {
 public:
-    CVeskFunctionObj(const CDorlString & name, const CDorlString & description);
+    CVeskFunctionObj(const CDorlString& name, const CDorlString& description);
 
-    CVeskGenericData * STDMETHODCALLTYPE GetProperty(const CDorlString & name, int bByRef) override;
-    CVeskPropertyEnum * STDMETHODCALLTYPE GetPropertyEnumerator() override;
+    CVeskGenericData* STDMETHODCALLTYPE GetProperty(const CDorlString& name, int bByRef) override;
+    CVeskPropertyEnum* STDMETHODCALLTYPE GetPropertyEnumerator() override;
 
     CDorlString m_sName;
     CDorlString m_sDescription;
@@ -41,12 +41,12 @@ public:
 
 class VESK_API CVeskFreeFunctionObj : public CVeskFunctionObj {
 public:
-    typedef int (*Function)(CVeskCommandContext * context);
+    typedef int (*Function)(CVeskCommandContext* context);
 
-    CVeskFreeFunctionObj(const CDorlString & name, const CDorlString & description,
+    CVeskFreeFunctionObj(const CDorlString& name, const CDorlString& description,
                          Function pfnFunction);
 
-    int STDMETHODCALLTYPE CallMethod(CVeskCommandContext * context) override;
+    int STDMETHODCALLTYPE CallMethod(CVeskCommandContext* context) override;
 
     Function m_pfnFunction;
 };
@@ -56,16 +56,16 @@ public:
 // ghost that complains about every use.
 class VESK_API CVeskObjectProxy : public CVeskSimpleCommandObject {
 public:
-    CVeskObjectProxy(IVeskCommand * pObject, const CDorlString & name);
+    CVeskObjectProxy(IVeskCommand* pObject, const CDorlString& name);
 
     void ClearObject();
 
-    CVeskGenericData * STDMETHODCALLTYPE GetProperty(const CDorlString & name, int bByRef) override;
-    int STDMETHODCALLTYPE SetProperty(const CDorlString & name, CVeskGenericData * value) override;
-    int STDMETHODCALLTYPE CallMethod(CVeskCommandContext * context) override;
-    CVeskPropertyEnum * STDMETHODCALLTYPE GetPropertyEnumerator() override;
+    CVeskGenericData* STDMETHODCALLTYPE GetProperty(const CDorlString& name, int bByRef) override;
+    int STDMETHODCALLTYPE SetProperty(const CDorlString& name, CVeskGenericData* value) override;
+    int STDMETHODCALLTYPE CallMethod(CVeskCommandContext* context) override;
+    CVeskPropertyEnum* STDMETHODCALLTYPE GetPropertyEnumerator() override;
 
-    IVeskCommand * m_pObject;
+    IVeskCommand* m_pObject;
     CDorlString m_sName;
 
 private:
@@ -75,18 +75,18 @@ private:
 class VESK_API CVeskNullPropertyEnum : public CVeskPropertyEnum {
 public:
     void Reset() override;
-    int Next(CDorlString * pName, CDorlString * pDescription, CDorlString * pType,
-             ReadOnlyStatus * pStatus) override;
-    int GetCurrentValue(CVeskGenericData ** ppValue) override;
+    int Next(CDorlString* pName, CDorlString* pDescription, CDorlString* pType,
+             ReadOnlyStatus* pStatus) override;
+    int GetCurrentValue(CVeskGenericData** ppValue) override;
     void Delete() override;
 };
 
 class VESK_API CVeskFunctionObjPropEnum : public CVeskPropertyEnum {
 public:
     void Reset() override;
-    int Next(CDorlString * pName, CDorlString * pDescription, CDorlString * pType,
-             ReadOnlyStatus * pStatus) override;
-    int GetCurrentValue(CVeskGenericData ** ppValue) override;
+    int Next(CDorlString* pName, CDorlString* pDescription, CDorlString* pType,
+             ReadOnlyStatus* pStatus) override;
+    int GetCurrentValue(CVeskGenericData** ppValue) override;
     void Delete() override;
 
 private:

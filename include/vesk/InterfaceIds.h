@@ -26,7 +26,7 @@ VESK_API extern const IID IID_IVeskDataTransport;
 VESK_API extern const IID IID_IVeskCounter;
 
 // The last registration of an identifier wins; a different earlier name is reported.
-VESK_API void VeskRegisterInterfaceIdName(const GUID & iid, const CDorlString & name);
+VESK_API void VeskRegisterInterfaceIdName(const GUID& iid, const CDorlString& name);
 
 // The registered name, or the identifier in its hexadecimal form. Never adds an entry.
-VESK_API CDorlString VeskTranslateInterfaceId(const GUID & iid);
+VESK_API CDorlString VeskTranslateInterfaceId(const GUID& iid);

@@ -14,30 +14,33 @@ namespace {
 
 // The count is a plain LONG in the caller's object; std::atomic_ref gives it atomic access
 // without changing its layout.
-std::atomic_ref<LONG> Counter(LONG volatile * target)
+std::atomic_ref<LONG> Counter(LONG volatile* target)
 {
-    return std::atomic_ref<LONG>(*const_cast<LONG *>(target));
+    return std::atomic_ref<LONG>(*const_cast<LONG*>(target));
 }
 
-std::recursive_mutex & Mutex(LPCRITICAL_SECTION section)
+std::recursive_mutex& Mutex(LPCRITICAL_SECTION section)
 {
-    return *std::launder(reinterpret_cast<std::recursive_mutex *>(section->opaque));
+    return *std::launder(reinterpret_cast<std::recursive_mutex*>(section->opaque));
 }
 
 } // namespace
 
-LONG InterlockedIncrement(LONG volatile * target) { return Counter(target).fetch_add(1) + 1; }
+LONG InterlockedIncrement(LONG volatile* target) { return Counter(target).fetch_add(1) + 1; }
 
-LONG InterlockedDecrement(LONG volatile * target) { return Counter(target).fetch_sub(1) - 1; }
+LONG InterlockedDecrement(LONG volatile* target) { return Counter(target).fetch_sub(1) - 1; }
 
-LONG InterlockedExchange(LONG volatile * target, LONG value) { return Counter(target).exchange(value); }
+LONG InterlockedExchange(LONG volatile* target, LONG value)
+{
+    return Counter(target).exchange(value);
+}
 
-LONG InterlockedExchangeAdd(LONG volatile * target, LONG value)
+LONG InterlockedExchangeAdd(LONG volatile* target, LONG value)
 {
     return Counter(target).fetch_add(value);
 }
 
-LONG InterlockedCompareExchange(LONG volatile * target, LONG exchange, LONG comparand)
+LONG InterlockedCompareExchange(LONG volatile* target, LONG exchange, LONG comparand)
 {
     Counter(target).compare_exchange_strong(comparand, exchange);
     return comparand;
@@ -52,6 +55,9 @@ void DeleteCriticalSection(LPCRITICAL_SECTION section) { Mutex(section).~recursi
 
 void EnterCriticalSection(LPCRITICAL_SECTION section) { Mutex(section).lock(); }
 
-BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section) { return Mutex(section).try_lock() ? TRUE : FALSE; }
+BOOL TryEnterCriticalSection(LPCRITICAL_SECTION section)
+{
+    return Mutex(section).try_lock() ? TRUE : FALSE;
+}
 
 void LeaveCriticalSection(LPCRITICAL_SECTION section) { Mutex(section).unlock(); }

@@ -3,4 +3,4 @@
 extern "C" const IID IID_IUnknown = {
     0x00000000, 0x0000, 0x0000, {0xC0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 
-HRESULT CoDisconnectObject(IUnknown *, DWORD) { return S_OK; }
+HRESULT CoDisconnectObject(IUnknown*, DWORD) { return S_OK; }

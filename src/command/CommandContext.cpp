@@ -9,13 +9,13 @@ namespace {
 
 // Marks a query call whose descriptions nobody wants. It is compared, never called or released.
 char s_discardMarker;
-IVeskCommand * const DiscardQuery = reinterpret_cast<IVeskCommand *>(&s_discardMarker);
+IVeskCommand* const DiscardQuery = reinterpret_cast<IVeskCommand*>(&s_discardMarker);
 
 // The defaults that by-reference fetches point at when a parameter is missing.
 double s_dSharedZero = 0.0;
 CDorlString s_sSharedEmpty;
 
-const char * NameText(const char * name) { return name ? name : ""; }
+const char* NameText(const char* name) { return name ? name : ""; }
 
 } // namespace
 
@@ -24,12 +24,11 @@ CVeskCommandContext::CVeskCommandContext()
       m_nFirstNamed(InlineParams), m_nPositionalLeft(0), m_bNamedOnly(0),
       m_pReturnValue(CVeskGdNone::Allocate()), m_pfnErrorHandler(nullptr), m_pQuery(nullptr),
       m_bError(0), m_bDefaults(0)
-{
-}
+{}
 
 CVeskCommandContext::~CVeskCommandContext()
 {
-    auto releaseEntry = [](CVeskCommandParam & param) {
+    auto releaseEntry = [](CVeskCommandParam& param) {
         if (param.m_pValue)
             param.m_pValue->Release();
     };
@@ -50,7 +49,7 @@ CVeskCommandContext::~CVeskCommandContext()
 void CVeskCommandContext::Grow()
 {
     int capacity = m_nCapacity * 2;
-    CVeskCommandParam * params = new CVeskCommandParam[capacity];
+    CVeskCommandParam* params = new CVeskCommandParam[capacity];
     for (int i = 0; i < m_nPositional; ++i)
         params[i] = m_pParams[i];
     // Named entries keep their distance from the top end.
@@ -60,18 +59,18 @@ void CVeskCommandContext::Grow()
     if (m_pParams != m_aInlineParams)
         delete[] m_pParams;
     else
-        for (CVeskCommandParam & param : m_aInlineParams)
+        for (CVeskCommandParam& param : m_aInlineParams)
             param = CVeskCommandParam();
     m_pParams = params;
     m_nCapacity = capacity;
     m_nFirstNamed += shift;
 }
 
-void CVeskCommandContext::AddParamNoRef(const CDorlString & name, CVeskGenericData * value)
+void CVeskCommandContext::AddParamNoRef(const CDorlString& name, CVeskGenericData* value)
 {
     if (m_nPositional == m_nFirstNamed)
         Grow();
-    CVeskCommandParam * param;
+    CVeskCommandParam* param;
     if (name.IsEmpty()) {
         param = &m_pParams[m_nPositional];
         ++m_nPositional;
@@ -87,23 +86,23 @@ void CVeskCommandContext::AddParamNoRef(const CDorlString & name, CVeskGenericDa
     param->m_eType = value->GetType();
 }
 
-void CVeskCommandContext::AddParam(const CDorlString & name, CVeskGenericData * value)
+void CVeskCommandContext::AddParam(const CDorlString& name, CVeskGenericData* value)
 {
     value->AddRef();
     AddParamNoRef(name, value);
 }
 
-void CVeskCommandContext::AddParam(const CDorlString & name, double value)
+void CVeskCommandContext::AddParam(const CDorlString& name, double value)
 {
     AddParamNoRef(name, CVeskGdDouble::Allocate(value));
 }
 
-void CVeskCommandContext::AddParam(const CDorlString & name, const CDorlString & value)
+void CVeskCommandContext::AddParam(const CDorlString& name, const CDorlString& value)
 {
     AddParamNoRef(name, CVeskGdString::Allocate(value));
 }
 
-void CVeskCommandContext::AddParam(const CDorlString & name, int value)
+void CVeskCommandContext::AddParam(const CDorlString& name, int value)
 {
     AddParamNoRef(name, CVeskGdBoolean::Allocate(value));
 }
@@ -115,7 +114,7 @@ int CVeskCommandContext::GetNumParams() const
 
 // Setting up the call -----------------------------------------------------------------------------
 
-void CVeskCommandContext::SetCalledFunctionName(const CDorlString & name) { m_sFunctionName = name; }
+void CVeskCommandContext::SetCalledFunctionName(const CDorlString& name) { m_sFunctionName = name; }
 
 void CVeskCommandContext::SetErrorHandler(ErrorHandler handler) { m_pfnErrorHandler = handler; }
 
@@ -123,7 +122,7 @@ void CVeskCommandContext::FetchNamedOnly(int bNamedOnly) { m_bNamedOnly = bNamed
 
 void CVeskCommandContext::DefaultParameters() { m_bDefaults = 1; }
 
-void CVeskCommandContext::QueryParameters(IVeskCommand * pQuery)
+void CVeskCommandContext::QueryParameters(IVeskCommand* pQuery)
 {
     if (m_pQuery)
         return;
@@ -137,15 +136,14 @@ void CVeskCommandContext::QueryParameters(IVeskCommand * pQuery)
 
 // Fetching parameters -----------------------------------------------------------------------------
 
-const char * CVeskCommandContext::FunctionName() const { return m_sFunctionName; }
+const char* CVeskCommandContext::FunctionName() const { return m_sFunctionName; }
 
 void CVeskCommandContext::Fail() { m_bError = 1; }
 
-CVeskCommandParam * CVeskCommandContext::FetchParam(const char * name,
-                                                    CVeskGenericData::DataType eType,
-                                                    int bOptional)
+CVeskCommandParam* CVeskCommandContext::FetchParam(const char* name,
+                                                   CVeskGenericData::DataType eType, int bOptional)
 {
-    CVeskCommandParam * param = nullptr;
+    CVeskCommandParam* param = nullptr;
     if (!m_bNamedOnly && m_nPositionalLeft > 0) {
         --m_nPositionalLeft;
         param = &m_pParams[m_nPositionalLeft];
@@ -159,8 +157,7 @@ CVeskCommandParam * CVeskCommandContext::FetchParam(const char * name,
     if (!param) {
         if (bOptional || m_bDefaults)
             return nullptr;
-        OutputErrorString("Parameter '%s' missing for function %s", NameText(name),
-                          FunctionName());
+        OutputErrorString("Parameter '%s' missing for function %s", NameText(name), FunctionName());
         Fail();
         return nullptr;
     }
@@ -169,9 +166,9 @@ CVeskCommandParam * CVeskCommandContext::FetchParam(const char * name,
         Fail();
         return nullptr;
     }
-    bool typeMatches = eType == CVeskGenericData::dtNone || eType == param->m_eType ||
-                       (eType == CVeskGenericData::dtObject &&
-                        param->m_eType == CVeskGenericData::dtNull);
+    bool typeMatches =
+        eType == CVeskGenericData::dtNone || eType == param->m_eType ||
+        (eType == CVeskGenericData::dtObject && param->m_eType == CVeskGenericData::dtNull);
     param->m_bUsed = 1;
     if (!typeMatches) {
         OutputErrorString("Incorrect type for parameter '%s', was %s, expected %s for function %s",
@@ -184,10 +181,10 @@ CVeskCommandParam * CVeskCommandContext::FetchParam(const char * name,
 }
 
 // The common path of the value overloads: in a query call the parameter is only described.
-CVeskCommandParam * CVeskCommandContext::FetchForValue(const char * name,
-                                                       CVeskGenericData::DataType eType,
-                                                       const char * queryType, int bByReference,
-                                                       int bOptional)
+CVeskCommandParam* CVeskCommandContext::FetchForValue(const char* name,
+                                                      CVeskGenericData::DataType eType,
+                                                      const char* queryType, int bByReference,
+                                                      int bOptional)
 {
     if (m_pQuery) {
         ReportParam(name, queryType, bByReference, bOptional);
@@ -196,12 +193,12 @@ CVeskCommandParam * CVeskCommandContext::FetchForValue(const char * name,
     return FetchParam(name, eType, bOptional);
 }
 
-int CVeskCommandContext::GetParam(const char * name, int * pTarget, int bOptional)
+int CVeskCommandContext::GetParam(const char* name, int* pTarget, int bOptional)
 {
-    CVeskCommandParam * param =
+    CVeskCommandParam* param =
         FetchForValue(name, CVeskGenericData::dtBoolean, "Boolean", 0, bOptional);
     if (param) {
-        *pTarget = static_cast<CVeskGdBoolean *>(param->m_pValue)->m_bValue;
+        *pTarget = static_cast<CVeskGdBoolean*>(param->m_pValue)->m_bValue;
         return 1;
     }
     if (m_pQuery || !m_bDefaults)
@@ -210,12 +207,12 @@ int CVeskCommandContext::GetParam(const char * name, int * pTarget, int bOptiona
     return 1;
 }
 
-int CVeskCommandContext::GetParam(const char * name, double * pTarget, int bOptional)
+int CVeskCommandContext::GetParam(const char* name, double* pTarget, int bOptional)
 {
-    CVeskCommandParam * param =
+    CVeskCommandParam* param =
         FetchForValue(name, CVeskGenericData::dtNumber, "Number", 0, bOptional);
     if (param) {
-        *pTarget = static_cast<CVeskGdDouble *>(param->m_pValue)->m_dValue;
+        *pTarget = static_cast<CVeskGdDouble*>(param->m_pValue)->m_dValue;
         return 1;
     }
     if (m_pQuery || !m_bDefaults)
@@ -224,12 +221,12 @@ int CVeskCommandContext::GetParam(const char * name, double * pTarget, int bOpti
     return 1;
 }
 
-int CVeskCommandContext::GetParam(const char * name, double ** ppTarget, int bOptional)
+int CVeskCommandContext::GetParam(const char* name, double** ppTarget, int bOptional)
 {
-    CVeskCommandParam * param =
+    CVeskCommandParam* param =
         FetchForValue(name, CVeskGenericData::dtNumber, "Number", 1, bOptional);
     if (param) {
-        *ppTarget = &static_cast<CVeskGdDouble *>(param->m_pValue)->m_dValue;
+        *ppTarget = &static_cast<CVeskGdDouble*>(param->m_pValue)->m_dValue;
         return 1;
     }
     if (m_pQuery || !m_bDefaults)
@@ -239,12 +236,12 @@ int CVeskCommandContext::GetParam(const char * name, double ** ppTarget, int bOp
     return 1;
 }
 
-int CVeskCommandContext::GetParam(const char * name, CDorlString * pTarget, int bOptional)
+int CVeskCommandContext::GetParam(const char* name, CDorlString* pTarget, int bOptional)
 {
-    CVeskCommandParam * param =
+    CVeskCommandParam* param =
         FetchForValue(name, CVeskGenericData::dtString, "String", 0, bOptional);
     if (param) {
-        *pTarget = static_cast<CVeskGdString *>(param->m_pValue)->m_sValue;
+        *pTarget = static_cast<CVeskGdString*>(param->m_pValue)->m_sValue;
         return 1;
     }
     if (m_pQuery || !m_bDefaults)
@@ -253,12 +250,12 @@ int CVeskCommandContext::GetParam(const char * name, CDorlString * pTarget, int 
     return 1;
 }
 
-int CVeskCommandContext::GetParam(const char * name, CDorlString ** ppTarget, int bOptional)
+int CVeskCommandContext::GetParam(const char* name, CDorlString** ppTarget, int bOptional)
 {
-    CVeskCommandParam * param =
+    CVeskCommandParam* param =
         FetchForValue(name, CVeskGenericData::dtString, "String", 1, bOptional);
     if (param) {
-        *ppTarget = &static_cast<CVeskGdString *>(param->m_pValue)->m_sValue;
+        *ppTarget = &static_cast<CVeskGdString*>(param->m_pValue)->m_sValue;
         return 1;
     }
     if (m_pQuery || !m_bDefaults)
@@ -268,9 +265,9 @@ int CVeskCommandContext::GetParam(const char * name, CDorlString ** ppTarget, in
     return 1;
 }
 
-int CVeskCommandContext::GetParam(const char * name, CVeskGenericData ** ppTarget, int bOptional)
+int CVeskCommandContext::GetParam(const char* name, CVeskGenericData** ppTarget, int bOptional)
 {
-    CVeskCommandParam * param = FetchForValue(name, CVeskGenericData::dtNone, "Any", 0, bOptional);
+    CVeskCommandParam* param = FetchForValue(name, CVeskGenericData::dtNone, "Any", 0, bOptional);
     if (param) {
         *ppTarget = param->m_pValue;
         param->m_pValue = nullptr;
@@ -298,13 +295,13 @@ int CVeskCommandContext::CanProceed(int bExtraPositional)
         if (m_pParams[i].m_bUsed)
             continue;
         OutputErrorString("Parameter '%s' is not expected by function %s",
-                          static_cast<const char *>(m_pParams[i].m_sName), FunctionName());
+                          static_cast<const char*>(m_pParams[i].m_sName), FunctionName());
         Fail();
     }
     return m_bError ? 0 : 1;
 }
 
-void CVeskCommandContext::ReportParam(const char * name, const char * sTypeName, int bByReference,
+void CVeskCommandContext::ReportParam(const char* name, const char* sTypeName, int bByReference,
                                       int bOptional)
 {
     if (!m_pQuery || m_pQuery == DiscardQuery)
@@ -320,37 +317,37 @@ void CVeskCommandContext::ReportParam(const char * name, const char * sTypeName,
 
 // Return value ------------------------------------------------------------------------------------
 
-void CVeskCommandContext::SetReturnValue(CVeskGenericData * value)
+void CVeskCommandContext::SetReturnValue(CVeskGenericData* value)
 {
     value->AddRef();
     SetReturnValueNoRef(value);
 }
 
-void CVeskCommandContext::SetReturnValueNoRef(CVeskGenericData * value)
+void CVeskCommandContext::SetReturnValueNoRef(CVeskGenericData* value)
 {
-    CVeskGenericData * previous = m_pReturnValue;
+    CVeskGenericData* previous = m_pReturnValue;
     m_pReturnValue = value;
     if (previous)
         previous->Release();
 }
 
-CVeskGenericData * CVeskCommandContext::GetReturnValue()
+CVeskGenericData* CVeskCommandContext::GetReturnValue()
 {
     if (m_pReturnValue)
         m_pReturnValue->AddRef();
     return m_pReturnValue;
 }
 
-CVeskGenericData * CVeskCommandContext::GetReturnValueOnce()
+CVeskGenericData* CVeskCommandContext::GetReturnValueOnce()
 {
-    CVeskGenericData * value = m_pReturnValue;
+    CVeskGenericData* value = m_pReturnValue;
     m_pReturnValue = nullptr;
     return value;
 }
 
 // Messages and transfer ---------------------------------------------------------------------------
 
-void CVeskCommandContext::OutputErrorString(const char * format, ...)
+void CVeskCommandContext::OutputErrorString(const char* format, ...)
 {
     // vsnprintf truncates to the buffer, so a name of any length cannot overrun it.
     char text[2048];
@@ -364,7 +361,7 @@ void CVeskCommandContext::OutputErrorString(const char * format, ...)
         DorlDump("%s\n", text);
 }
 
-void CVeskCommandContext::TransferContext(CVeskCommandContext * source)
+void CVeskCommandContext::TransferContext(CVeskCommandContext* source)
 {
     if (source->m_pParams != source->m_aInlineParams) {
         m_pParams = new CVeskCommandParam[source->m_nCapacity];

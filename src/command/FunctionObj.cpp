@@ -9,7 +9,7 @@
 
 namespace {
 
-bool IsNameProperty(const CDorlString & name) { return name == "name" || name == "*name"; }
+bool IsNameProperty(const CDorlString& name) { return name == "name" || name == "*name"; }
 
 } // namespace
 
@@ -19,11 +19,11 @@ CVeskSimpleCommandObject::CVeskSimpleCommandObject() : m_nRefCount(1) {}
 
 CVeskSimpleCommandObject::~CVeskSimpleCommandObject() = default;
 
-HRESULT CVeskSimpleCommandObject::QueryInterface(REFIID iid, void ** ppv)
+HRESULT CVeskSimpleCommandObject::QueryInterface(REFIID iid, void** ppv)
 {
     if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IVeskCommand))
         return E_NOINTERFACE;
-    *ppv = static_cast<IVeskCommand *>(this);
+    *ppv = static_cast<IVeskCommand*>(this);
     AddRef();
     return S_OK;
 }
@@ -41,22 +41,21 @@ ULONG CVeskSimpleCommandObject::Release()
     return static_cast<ULONG>(count);
 }
 
-CVeskGenericData * CVeskSimpleCommandObject::GetProperty(const CDorlString &, int) { return nullptr; }
+CVeskGenericData* CVeskSimpleCommandObject::GetProperty(const CDorlString&, int) { return nullptr; }
 
-int CVeskSimpleCommandObject::SetProperty(const CDorlString &, CVeskGenericData *) { return 0; }
+int CVeskSimpleCommandObject::SetProperty(const CDorlString&, CVeskGenericData*) { return 0; }
 
-int CVeskSimpleCommandObject::CallMethod(CVeskCommandContext *) { return 0; }
+int CVeskSimpleCommandObject::CallMethod(CVeskCommandContext*) { return 0; }
 
-CVeskPropertyEnum * CVeskSimpleCommandObject::GetPropertyEnumerator() { return nullptr; }
+CVeskPropertyEnum* CVeskSimpleCommandObject::GetPropertyEnumerator() { return nullptr; }
 
 // CVeskFunctionObj --------------------------------------------------------------------------------
 
-CVeskFunctionObj::CVeskFunctionObj(const CDorlString & name, const CDorlString & description)
+CVeskFunctionObj::CVeskFunctionObj(const CDorlString& name, const CDorlString& description)
     : m_sName(name), m_sDescription(description)
-{
-}
+{}
 
-CVeskGenericData * CVeskFunctionObj::GetProperty(const CDorlString & name, int bByRef)
+CVeskGenericData* CVeskFunctionObj::GetProperty(const CDorlString& name, int bByRef)
 {
     if (bByRef)
         return nullptr;
@@ -67,33 +66,37 @@ CVeskGenericData * CVeskFunctionObj::GetProperty(const CDorlString & name, int b
     return nullptr;
 }
 
-CVeskPropertyEnum * CVeskFunctionObj::GetPropertyEnumerator() { return new CVeskFunctionObjPropEnum(); }
+CVeskPropertyEnum* CVeskFunctionObj::GetPropertyEnumerator()
+{
+    return new CVeskFunctionObjPropEnum();
+}
 
 // CVeskFreeFunctionObj ----------------------------------------------------------------------------
 
-CVeskFreeFunctionObj::CVeskFreeFunctionObj(const CDorlString & name,
-                                           const CDorlString & description, Function pfnFunction)
+CVeskFreeFunctionObj::CVeskFreeFunctionObj(const CDorlString& name, const CDorlString& description,
+                                           Function pfnFunction)
     : CVeskFunctionObj(name, description), m_pfnFunction(pfnFunction)
-{
-}
+{}
 
-int CVeskFreeFunctionObj::CallMethod(CVeskCommandContext * context) { return m_pfnFunction(context); }
+int CVeskFreeFunctionObj::CallMethod(CVeskCommandContext* context)
+{
+    return m_pfnFunction(context);
+}
 
 // CVeskObjectProxy --------------------------------------------------------------------------------
 
-CVeskObjectProxy::CVeskObjectProxy(IVeskCommand * pObject, const CDorlString & name)
+CVeskObjectProxy::CVeskObjectProxy(IVeskCommand* pObject, const CDorlString& name)
     : m_pObject(pObject), m_sName(name)
-{
-}
+{}
 
 void CVeskObjectProxy::ClearObject() { m_pObject = nullptr; }
 
 void CVeskObjectProxy::ReportDefunct() const
 {
-    DorlDump("Reference to defunct object %s", static_cast<const char *>(m_sName));
+    DorlDump("Reference to defunct object %s", static_cast<const char*>(m_sName));
 }
 
-CVeskGenericData * CVeskObjectProxy::GetProperty(const CDorlString & name, int bByRef)
+CVeskGenericData* CVeskObjectProxy::GetProperty(const CDorlString& name, int bByRef)
 {
     if (m_pObject)
         return m_pObject->GetProperty(name, bByRef);
@@ -103,7 +106,7 @@ CVeskGenericData * CVeskObjectProxy::GetProperty(const CDorlString & name, int b
     return CVeskGdString::Allocate(m_sName + "'s ghost");
 }
 
-int CVeskObjectProxy::SetProperty(const CDorlString & name, CVeskGenericData * value)
+int CVeskObjectProxy::SetProperty(const CDorlString& name, CVeskGenericData* value)
 {
     if (m_pObject)
         return m_pObject->SetProperty(name, value);
@@ -111,7 +114,7 @@ int CVeskObjectProxy::SetProperty(const CDorlString & name, CVeskGenericData * v
     return 0;
 }
 
-int CVeskObjectProxy::CallMethod(CVeskCommandContext * context)
+int CVeskObjectProxy::CallMethod(CVeskCommandContext* context)
 {
     if (m_pObject)
         return m_pObject->CallMethod(context);
@@ -119,7 +122,7 @@ int CVeskObjectProxy::CallMethod(CVeskCommandContext * context)
     return 0;
 }
 
-CVeskPropertyEnum * CVeskObjectProxy::GetPropertyEnumerator()
+CVeskPropertyEnum* CVeskObjectProxy::GetPropertyEnumerator()
 {
     if (m_pObject)
         return m_pObject->GetPropertyEnumerator();
@@ -131,19 +134,19 @@ CVeskPropertyEnum * CVeskObjectProxy::GetPropertyEnumerator()
 
 void CVeskNullPropertyEnum::Reset() {}
 
-int CVeskNullPropertyEnum::Next(CDorlString *, CDorlString *, CDorlString *, ReadOnlyStatus *)
+int CVeskNullPropertyEnum::Next(CDorlString*, CDorlString*, CDorlString*, ReadOnlyStatus*)
 {
     return 0;
 }
 
-int CVeskNullPropertyEnum::GetCurrentValue(CVeskGenericData **) { return 0; }
+int CVeskNullPropertyEnum::GetCurrentValue(CVeskGenericData**) { return 0; }
 
 void CVeskNullPropertyEnum::Delete() { delete this; }
 
 void CVeskFunctionObjPropEnum::Reset() { m_nIndex = 0; }
 
-int CVeskFunctionObjPropEnum::Next(CDorlString * pName, CDorlString * pDescription,
-                                   CDorlString * pType, ReadOnlyStatus * pStatus)
+int CVeskFunctionObjPropEnum::Next(CDorlString* pName, CDorlString* pDescription,
+                                   CDorlString* pType, ReadOnlyStatus* pStatus)
 {
     switch (m_nIndex) {
     case 0:
@@ -163,6 +166,6 @@ int CVeskFunctionObjPropEnum::Next(CDorlString * pName, CDorlString * pDescripti
     return 1;
 }
 
-int CVeskFunctionObjPropEnum::GetCurrentValue(CVeskGenericData **) { return 0; }
+int CVeskFunctionObjPropEnum::GetCurrentValue(CVeskGenericData**) { return 0; }
 
 void CVeskFunctionObjPropEnum::Delete() { delete this; }

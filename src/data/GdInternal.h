@@ -17,25 +17,25 @@ namespace vesk {
 
 // Counters are read by monitoring while values come and go on any thread: the increments are
 // atomic so that the figure stays exact.
-inline void CountCreated(CDorlProbedLong & count, CVeskGenericData::AllocationMonitor monitor,
-                         void * object, const char * monitorName)
+inline void CountCreated(CDorlProbedLong& count, CVeskGenericData::AllocationMonitor monitor,
+                         void* object, const char* monitorName)
 {
-    __atomic_add_fetch(&static_cast<long &>(count), 1, __ATOMIC_RELAXED);
+    __atomic_add_fetch(&static_cast<long&>(count), 1, __ATOMIC_RELAXED);
     if (monitor)
         monitor(object, monitorName, 1);
 }
 
-inline void CountDestroyed(CDorlProbedLong & count, CVeskGenericData::AllocationMonitor monitor,
-                           void * object, const char * monitorName)
+inline void CountDestroyed(CDorlProbedLong& count, CVeskGenericData::AllocationMonitor monitor,
+                           void* object, const char* monitorName)
 {
-    __atomic_sub_fetch(&static_cast<long &>(count), 1, __ATOMIC_RELAXED);
+    __atomic_sub_fetch(&static_cast<long&>(count), 1, __ATOMIC_RELAXED);
     if (monitor)
         monitor(object, monitorName, 0);
 }
 
 // The text of a value's "name" property: one string that lives for the whole process and is
 // handed out with a reference per caller. Its first reference is never given up.
-CVeskGenericData * SharedName(CVeskGdString & name);
+CVeskGenericData* SharedName(CVeskGdString& name);
 
 // The first Boolean registers the process information handler that prints the counters.
 void RegisterGenericDataInfoHandler();

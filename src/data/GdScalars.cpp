@@ -13,25 +13,25 @@ CVeskGenericData::AllocationMonitor s_pfnBooleanMonitor = nullptr;
 CVeskGenericData::AllocationMonitor s_pfnDoubleMonitor = nullptr;
 CVeskGenericData::AllocationMonitor s_pfnStringMonitor = nullptr;
 
-CDorlProbedLong & BooleanCount()
+CDorlProbedLong& BooleanCount()
 {
     static CDorlProbedLong s_count(VESK_GD_PROBE_PATH, "Boolean", 0, nullptr);
     return s_count;
 }
 
-CDorlProbedLong & DoubleCount()
+CDorlProbedLong& DoubleCount()
 {
     static CDorlProbedLong s_count(VESK_GD_PROBE_PATH, "Double", 0, nullptr);
     return s_count;
 }
 
-CDorlProbedLong & StringCount()
+CDorlProbedLong& StringCount()
 {
     static CDorlProbedLong s_count(VESK_GD_PROBE_PATH, "String", 0, nullptr);
     return s_count;
 }
 
-bool IsNameProperty(const CDorlString & name) { return name == "name" || name == "*name"; }
+bool IsNameProperty(const CDorlString& name) { return name == "name" || name == "*name"; }
 
 } // namespace
 
@@ -48,22 +48,25 @@ CVeskGdBoolean::~CVeskGdBoolean()
     vesk::CountDestroyed(BooleanCount(), s_pfnBooleanMonitor, this, "Boolean");
 }
 
-CVeskGdBoolean * CVeskGdBoolean::Allocate(int value)
+CVeskGdBoolean* CVeskGdBoolean::Allocate(int value)
 {
     // Built on first use and never freed: every holder releases them like any value, and
     // nothing happens.
-    static CVeskGdBoolean * s_pTrue = new CVeskGdBoolean(1);
-    static CVeskGdBoolean * s_pFalse = new CVeskGdBoolean(0);
+    static CVeskGdBoolean* s_pTrue = new CVeskGdBoolean(1);
+    static CVeskGdBoolean* s_pFalse = new CVeskGdBoolean(0);
     return value ? s_pTrue : s_pFalse;
 }
 
-void CVeskGdBoolean::SetAllocationMonitor(AllocationMonitor monitor) { s_pfnBooleanMonitor = monitor; }
+void CVeskGdBoolean::SetAllocationMonitor(AllocationMonitor monitor)
+{
+    s_pfnBooleanMonitor = monitor;
+}
 
 ULONG CVeskGdBoolean::AddRef() { return 1; }
 
 ULONG CVeskGdBoolean::Release() { return 1; }
 
-CVeskGenericData * CVeskGdBoolean::GetProperty(const CDorlString & name, int bByRef)
+CVeskGenericData* CVeskGdBoolean::GetProperty(const CDorlString& name, int bByRef)
 {
     if (bByRef || !IsNameProperty(name))
         return nullptr;
@@ -73,21 +76,21 @@ CVeskGenericData * CVeskGdBoolean::GetProperty(const CDorlString & name, int bBy
 
 CVeskGenericData::DataType CVeskGdBoolean::GetType() const { return dtBoolean; }
 
-void CVeskGdBoolean::Print(std::ostream & stream) const { stream << (m_bValue ? "True" : "False"); }
+void CVeskGdBoolean::Print(std::ostream& stream) const { stream << (m_bValue ? "True" : "False"); }
 
-void CVeskGdBoolean::Write(CDorlArchive & archive) const { archive << static_cast<int>(m_bValue); }
+void CVeskGdBoolean::Write(CDorlArchive& archive) const { archive << static_cast<int>(m_bValue); }
 
 // The shared Booleans cannot take on a value, so the archive's int stays where it is.
-void CVeskGdBoolean::Read(CDorlArchive &) { VESK_GD_ASSERT(0); }
+void CVeskGdBoolean::Read(CDorlArchive&) { VESK_GD_ASSERT(0); }
 
-CVeskGenericData * CVeskGdBoolean::Copy() { return this; }
+CVeskGenericData* CVeskGdBoolean::Copy() { return this; }
 
-int CVeskGdBoolean::_IsEqual(CVeskGenericData * other)
+int CVeskGdBoolean::_IsEqual(CVeskGenericData* other)
 {
-    return m_bValue == static_cast<CVeskGdBoolean *>(other)->m_bValue;
+    return m_bValue == static_cast<CVeskGdBoolean*>(other)->m_bValue;
 }
 
-int CVeskGdBoolean::_Assign(CVeskGenericData *)
+int CVeskGdBoolean::_Assign(CVeskGenericData*)
 {
     VESK_GD_ASSERT(0);
     return 0;
@@ -105,11 +108,14 @@ CVeskGdDouble::~CVeskGdDouble()
     vesk::CountDestroyed(DoubleCount(), s_pfnDoubleMonitor, this, "Double");
 }
 
-CVeskGdDouble * CVeskGdDouble::Allocate(double value) { return new CVeskGdDouble(value); }
+CVeskGdDouble* CVeskGdDouble::Allocate(double value) { return new CVeskGdDouble(value); }
 
-void CVeskGdDouble::SetAllocationMonitor(AllocationMonitor monitor) { s_pfnDoubleMonitor = monitor; }
+void CVeskGdDouble::SetAllocationMonitor(AllocationMonitor monitor)
+{
+    s_pfnDoubleMonitor = monitor;
+}
 
-CVeskGenericData * CVeskGdDouble::GetProperty(const CDorlString & name, int bByRef)
+CVeskGenericData* CVeskGdDouble::GetProperty(const CDorlString& name, int bByRef)
 {
     if (bByRef || !IsNameProperty(name))
         return nullptr;
@@ -119,33 +125,33 @@ CVeskGenericData * CVeskGdDouble::GetProperty(const CDorlString & name, int bByR
 
 CVeskGenericData::DataType CVeskGdDouble::GetType() const { return dtNumber; }
 
-void CVeskGdDouble::Print(std::ostream & stream) const { stream << m_dValue; }
+void CVeskGdDouble::Print(std::ostream& stream) const { stream << m_dValue; }
 
-void CVeskGdDouble::Write(CDorlArchive & archive) const { archive << m_dValue; }
+void CVeskGdDouble::Write(CDorlArchive& archive) const { archive << m_dValue; }
 
-void CVeskGdDouble::Read(CDorlArchive & archive) { archive >> m_dValue; }
+void CVeskGdDouble::Read(CDorlArchive& archive) { archive >> m_dValue; }
 
-CVeskGenericData * CVeskGdDouble::Copy() { return Allocate(m_dValue); }
+CVeskGenericData* CVeskGdDouble::Copy() { return Allocate(m_dValue); }
 
-int CVeskGdDouble::_IsEqual(CVeskGenericData * other)
+int CVeskGdDouble::_IsEqual(CVeskGenericData* other)
 {
-    return m_dValue == static_cast<CVeskGdDouble *>(other)->m_dValue;
+    return m_dValue == static_cast<CVeskGdDouble*>(other)->m_dValue;
 }
 
-int CVeskGdDouble::_Assign(CVeskGenericData * other)
+int CVeskGdDouble::_Assign(CVeskGenericData* other)
 {
-    m_dValue = static_cast<CVeskGdDouble *>(other)->m_dValue;
+    m_dValue = static_cast<CVeskGdDouble*>(other)->m_dValue;
     return 1;
 }
 
 // String ------------------------------------------------------------------------------------------
 
-CVeskGdString::CVeskGdString(const CDorlString & value) : m_sValue(value)
+CVeskGdString::CVeskGdString(const CDorlString& value) : m_sValue(value)
 {
     vesk::CountCreated(StringCount(), s_pfnStringMonitor, this, "String");
 }
 
-CVeskGdString::CVeskGdString(const char * value) : m_sValue(value)
+CVeskGdString::CVeskGdString(const char* value) : m_sValue(value)
 {
     vesk::CountCreated(StringCount(), s_pfnStringMonitor, this, "String");
 }
@@ -155,13 +161,19 @@ CVeskGdString::~CVeskGdString()
     vesk::CountDestroyed(StringCount(), s_pfnStringMonitor, this, "String");
 }
 
-CVeskGdString * CVeskGdString::Allocate(const CDorlString & value) { return new CVeskGdString(value); }
+CVeskGdString* CVeskGdString::Allocate(const CDorlString& value)
+{
+    return new CVeskGdString(value);
+}
 
-CVeskGdString * CVeskGdString::Allocate(const char * value) { return new CVeskGdString(value); }
+CVeskGdString* CVeskGdString::Allocate(const char* value) { return new CVeskGdString(value); }
 
-void CVeskGdString::SetAllocationMonitor(AllocationMonitor monitor) { s_pfnStringMonitor = monitor; }
+void CVeskGdString::SetAllocationMonitor(AllocationMonitor monitor)
+{
+    s_pfnStringMonitor = monitor;
+}
 
-CVeskGenericData * CVeskGdString::GetProperty(const CDorlString & name, int bByRef)
+CVeskGenericData* CVeskGdString::GetProperty(const CDorlString& name, int bByRef)
 {
     if (bByRef)
         return nullptr;
@@ -176,30 +188,30 @@ CVeskGenericData * CVeskGdString::GetProperty(const CDorlString & name, int bByR
 
 CVeskGenericData::DataType CVeskGdString::GetType() const { return dtString; }
 
-void CVeskGdString::Print(std::ostream & stream) const
+void CVeskGdString::Print(std::ostream& stream) const
 {
-    stream.write(static_cast<const char *>(m_sValue), m_sValue.GetLength());
+    stream.write(static_cast<const char*>(m_sValue), m_sValue.GetLength());
 }
 
-void CVeskGdString::Write(CDorlArchive & archive) const { archive << m_sValue; }
+void CVeskGdString::Write(CDorlArchive& archive) const { archive << m_sValue; }
 
-void CVeskGdString::Read(CDorlArchive & archive) { archive >> m_sValue; }
+void CVeskGdString::Read(CDorlArchive& archive) { archive >> m_sValue; }
 
-CVeskGenericData * CVeskGdString::Copy() { return Allocate(m_sValue); }
+CVeskGenericData* CVeskGdString::Copy() { return Allocate(m_sValue); }
 
-int CVeskGdString::_IsEqual(CVeskGenericData * other)
+int CVeskGdString::_IsEqual(CVeskGenericData* other)
 {
-    return m_sValue == static_cast<CVeskGdString *>(other)->m_sValue;
+    return m_sValue == static_cast<CVeskGdString*>(other)->m_sValue;
 }
 
-int CVeskGdString::_Assign(CVeskGenericData * other)
+int CVeskGdString::_Assign(CVeskGenericData* other)
 {
-    m_sValue = static_cast<CVeskGdString *>(other)->m_sValue;
+    m_sValue = static_cast<CVeskGdString*>(other)->m_sValue;
     return 1;
 }
 
-int CVeskGdString::_DescribeProperty(int index, CDorlString * name, CDorlString * description,
-                                     CDorlString * type, CVeskPropertyEnum::ReadOnlyStatus * status)
+int CVeskGdString::_DescribeProperty(int index, CDorlString* name, CDorlString* description,
+                                     CDorlString* type, CVeskPropertyEnum::ReadOnlyStatus* status)
 {
     if (index != 0)
         return CVeskGenericData::_DescribeProperty(index - 1, name, description, type, status);
@@ -212,9 +224,9 @@ int CVeskGdString::_DescribeProperty(int index, CDorlString * name, CDorlString 
 
 // Null --------------------------------------------------------------------------------------------
 
-CVeskGdNull * CVeskGdNull::Allocate()
+CVeskGdNull* CVeskGdNull::Allocate()
 {
-    static CVeskGdNull * s_pNull = new CVeskGdNull();
+    static CVeskGdNull* s_pNull = new CVeskGdNull();
     return s_pNull;
 }
 
@@ -222,7 +234,7 @@ ULONG CVeskGdNull::AddRef() { return 1; }
 
 ULONG CVeskGdNull::Release() { return 1; }
 
-CVeskGenericData * CVeskGdNull::GetProperty(const CDorlString & name, int bByRef)
+CVeskGenericData* CVeskGdNull::GetProperty(const CDorlString& name, int bByRef)
 {
     if (bByRef || !IsNameProperty(name))
         return nullptr;
@@ -232,25 +244,25 @@ CVeskGenericData * CVeskGdNull::GetProperty(const CDorlString & name, int bByRef
 
 CVeskGenericData::DataType CVeskGdNull::GetType() const { return dtNull; }
 
-void CVeskGdNull::Print(std::ostream & stream) const { stream << "Null"; }
+void CVeskGdNull::Print(std::ostream& stream) const { stream << "Null"; }
 
-void CVeskGdNull::Write(CDorlArchive &) const {}
+void CVeskGdNull::Write(CDorlArchive&) const {}
 
-void CVeskGdNull::Read(CDorlArchive &) {}
+void CVeskGdNull::Read(CDorlArchive&) {}
 
-CVeskGenericData * CVeskGdNull::Copy() { return this; }
+CVeskGenericData* CVeskGdNull::Copy() { return this; }
 
-int CVeskGdNull::_IsEqual(CVeskGenericData *) { return 1; }
+int CVeskGdNull::_IsEqual(CVeskGenericData*) { return 1; }
 
-int CVeskGdNull::_Assign(CVeskGenericData *) { return 1; }
+int CVeskGdNull::_Assign(CVeskGenericData*) { return 1; }
 
 void CVeskGdNull::_Dispose() {}
 
 // None --------------------------------------------------------------------------------------------
 
-CVeskGdNone * CVeskGdNone::Allocate()
+CVeskGdNone* CVeskGdNone::Allocate()
 {
-    static CVeskGdNone * s_pNone = new CVeskGdNone();
+    static CVeskGdNone* s_pNone = new CVeskGdNone();
     return s_pNone;
 }
 
@@ -258,7 +270,7 @@ ULONG CVeskGdNone::AddRef() { return 1; }
 
 ULONG CVeskGdNone::Release() { return 1; }
 
-CVeskGenericData * CVeskGdNone::GetProperty(const CDorlString & name, int bByRef)
+CVeskGenericData* CVeskGdNone::GetProperty(const CDorlString& name, int bByRef)
 {
     if (bByRef || !IsNameProperty(name))
         return nullptr;
@@ -268,16 +280,16 @@ CVeskGenericData * CVeskGdNone::GetProperty(const CDorlString & name, int bByRef
 
 CVeskGenericData::DataType CVeskGdNone::GetType() const { return dtNone; }
 
-void CVeskGdNone::Print(std::ostream & stream) const { stream << "None"; }
+void CVeskGdNone::Print(std::ostream& stream) const { stream << "None"; }
 
-void CVeskGdNone::Write(CDorlArchive &) const {}
+void CVeskGdNone::Write(CDorlArchive&) const {}
 
-void CVeskGdNone::Read(CDorlArchive &) {}
+void CVeskGdNone::Read(CDorlArchive&) {}
 
-CVeskGenericData * CVeskGdNone::Copy() { return this; }
+CVeskGenericData* CVeskGdNone::Copy() { return this; }
 
-int CVeskGdNone::_IsEqual(CVeskGenericData *) { return 0; }
+int CVeskGdNone::_IsEqual(CVeskGenericData*) { return 0; }
 
-int CVeskGdNone::_Assign(CVeskGenericData *) { return 0; }
+int CVeskGdNone::_Assign(CVeskGenericData*) { return 0; }
 
 void CVeskGdNone::_Dispose() {}

@@ -11,11 +11,11 @@
 #include "frame/InterfaceNames.h"
 #include "vesk/InterfaceIds.h"
 
-static_assert(sizeof(long) == sizeof(void *), "a proxy type holds the address of a class table");
+static_assert(sizeof(long) == sizeof(void*), "a proxy type holds the address of a class table");
 
 namespace {
 
-CVeskGenericData * s_pDebugObj = nullptr;
+CVeskGenericData* s_pDebugObj = nullptr;
 CVeskGenericData::DebugCallback s_pfnDebugCallback = nullptr;
 
 void ReportRefCount(int bAddRef, LONG count)
@@ -30,9 +30,9 @@ void ReportRefCount(int bAddRef, LONG count)
         DorlDump("CVeskGenericData::Release RefCount:%d\n", static_cast<int>(count));
 }
 
-long ProbeValue(const char * name)
+long ProbeValue(const char* name)
 {
-    CDorlProberVariable * probe = DorlFindProbe(VESK_GD_PROBE_PATH, name);
+    CDorlProberVariable* probe = DorlFindProbe(VESK_GD_PROBE_PATH, name);
     return probe ? probe->GetValue() : 0;
 }
 
@@ -45,7 +45,7 @@ void PrintGenericDataInfo()
 }
 
 // A proxy type is taken from a sample of the class, which is released again at once.
-long SampleProxyType(CVeskGenericData * sample)
+long SampleProxyType(CVeskGenericData* sample)
 {
     long type = VeskGetGdProxyType(sample);
     sample->Release();
@@ -77,7 +77,7 @@ long VeskGdVectorProxyType = 0;
 
 namespace vesk {
 
-CVeskGenericData * SharedName(CVeskGdString & name)
+CVeskGenericData* SharedName(CVeskGdString& name)
 {
     name.AddRef();
     return &name;
@@ -98,11 +98,11 @@ CVeskGenericData::CVeskGenericData() : m_nRefCount(1) {}
 
 CVeskGenericData::~CVeskGenericData() = default;
 
-HRESULT CVeskGenericData::QueryInterface(REFIID iid, void ** ppv)
+HRESULT CVeskGenericData::QueryInterface(REFIID iid, void** ppv)
 {
     if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IVeskCommand))
         return E_NOINTERFACE;
-    *ppv = static_cast<IVeskCommand *>(this);
+    *ppv = static_cast<IVeskCommand*>(this);
     AddRef();
     return S_OK;
 }
@@ -129,7 +129,7 @@ ULONG CVeskGenericData::Release()
     return 0;
 }
 
-CVeskGenericData * CVeskGenericData::GetProperty(const CDorlString & name, int bByRef)
+CVeskGenericData* CVeskGenericData::GetProperty(const CDorlString& name, int bByRef)
 {
     if (bByRef)
         return nullptr;
@@ -140,22 +140,22 @@ CVeskGenericData * CVeskGenericData::GetProperty(const CDorlString & name, int b
     return nullptr;
 }
 
-int CVeskGenericData::SetProperty(const CDorlString &, CVeskGenericData *) { return 0; }
+int CVeskGenericData::SetProperty(const CDorlString&, CVeskGenericData*) { return 0; }
 
-int CVeskGenericData::CallMethod(CVeskCommandContext *) { return 0; }
+int CVeskGenericData::CallMethod(CVeskCommandContext*) { return 0; }
 
-CVeskPropertyEnum * CVeskGenericData::GetPropertyEnumerator()
+CVeskPropertyEnum* CVeskGenericData::GetPropertyEnumerator()
 {
     return new CVeskGenericDataPropertyEnumerator(this);
 }
 
-int CVeskGenericData::_IsEqual(CVeskGenericData *) { return 0; }
+int CVeskGenericData::_IsEqual(CVeskGenericData*) { return 0; }
 
-int CVeskGenericData::_Assign(CVeskGenericData *) { return 0; }
+int CVeskGenericData::_Assign(CVeskGenericData*) { return 0; }
 
-int CVeskGenericData::_DescribeProperty(int index, CDorlString * name, CDorlString * description,
-                                        CDorlString * type,
-                                        CVeskPropertyEnum::ReadOnlyStatus * status)
+int CVeskGenericData::_DescribeProperty(int index, CDorlString* name, CDorlString* description,
+                                        CDorlString* type,
+                                        CVeskPropertyEnum::ReadOnlyStatus* status)
 {
     if (index != 0)
         return 0;
@@ -168,21 +168,21 @@ int CVeskGenericData::_DescribeProperty(int index, CDorlString * name, CDorlStri
 
 void CVeskGenericData::_Dispose() { delete this; }
 
-int CVeskGenericData::IsEqual(CVeskGenericData * other)
+int CVeskGenericData::IsEqual(CVeskGenericData* other)
 {
     if (other->GetType() != GetType())
         return 0;
     return _IsEqual(other);
 }
 
-int CVeskGenericData::Assign(CVeskGenericData * other)
+int CVeskGenericData::Assign(CVeskGenericData* other)
 {
     if (other->GetType() != GetType())
         return 0;
     return _Assign(other);
 }
 
-CVeskGenericData * CVeskGenericData::GenericAllocate(DataType type)
+CVeskGenericData* CVeskGenericData::GenericAllocate(DataType type)
 {
     switch (type) {
     case dtNull:
@@ -200,7 +200,7 @@ CVeskGenericData * CVeskGenericData::GenericAllocate(DataType type)
     }
 }
 
-const char * CVeskGenericData::GetTypeName(DataType type)
+const char* CVeskGenericData::GetTypeName(DataType type)
 {
     switch (type) {
     case dtNull:
@@ -222,11 +222,11 @@ const char * CVeskGenericData::GetTypeName(DataType type)
     }
 }
 
-void CVeskGenericData::SetDebugObj(CVeskGenericData * object) { s_pDebugObj = object; }
+void CVeskGenericData::SetDebugObj(CVeskGenericData* object) { s_pDebugObj = object; }
 
 void CVeskGenericData::SetDebugCallback(DebugCallback callback) { s_pfnDebugCallback = callback; }
 
-CVeskGenericDataPropertyEnumerator::CVeskGenericDataPropertyEnumerator(CVeskGenericData * value)
+CVeskGenericDataPropertyEnumerator::CVeskGenericDataPropertyEnumerator(CVeskGenericData* value)
     : m_poValue(value), m_nIndex(0)
 {
     m_poValue->AddRef();
@@ -236,8 +236,8 @@ CVeskGenericDataPropertyEnumerator::~CVeskGenericDataPropertyEnumerator() { m_po
 
 void CVeskGenericDataPropertyEnumerator::Reset() { m_nIndex = 0; }
 
-int CVeskGenericDataPropertyEnumerator::Next(CDorlString * pName, CDorlString * pDescription,
-                                             CDorlString * pType, ReadOnlyStatus * pStatus)
+int CVeskGenericDataPropertyEnumerator::Next(CDorlString* pName, CDorlString* pDescription,
+                                             CDorlString* pType, ReadOnlyStatus* pStatus)
 {
     if (!m_poValue->_DescribeProperty(m_nIndex, pName, pDescription, pType, pStatus))
         return 0;
@@ -245,40 +245,64 @@ int CVeskGenericDataPropertyEnumerator::Next(CDorlString * pName, CDorlString * 
     return 1;
 }
 
-int CVeskGenericDataPropertyEnumerator::GetCurrentValue(CVeskGenericData **) { return 0; }
+int CVeskGenericDataPropertyEnumerator::GetCurrentValue(CVeskGenericData**) { return 0; }
 
 void CVeskGenericDataPropertyEnumerator::Delete() { delete this; }
 
-std::ostream & operator<<(std::ostream & stream, CVeskGenericData & value)
+std::ostream& operator<<(std::ostream& stream, CVeskGenericData& value)
 {
     value.Print(stream);
     return stream;
 }
 
-CDorlArchive & operator<<(CDorlArchive & archive, const CVeskGenericData & value)
+CDorlArchive& operator<<(CDorlArchive& archive, const CVeskGenericData& value)
 {
     value.Write(archive);
     return archive;
 }
 
-CDorlArchive & operator>>(CDorlArchive & archive, CVeskGenericData & value)
+CDorlArchive& operator>>(CDorlArchive& archive, CVeskGenericData& value)
 {
     value.Read(archive);
     return archive;
 }
 
-long VeskGetGdProxyType(CVeskGenericData * value)
+long VeskGetGdProxyType(CVeskGenericData* value)
 {
     long type;
-    std::memcpy(&type, static_cast<void *>(value), sizeof type);
+    std::memcpy(&type, static_cast<void*>(value), sizeof type);
     return type;
 }
 
-bool VeskIsGdDouble(CVeskGenericData * value) { return VeskGetGdProxyType(value) == VeskGdDoubleProxyType; }
-bool VeskIsGdString(CVeskGenericData * value) { return VeskGetGdProxyType(value) == VeskGdStringProxyType; }
-bool VeskIsGdBoolean(CVeskGenericData * value) { return VeskGetGdProxyType(value) == VeskGdBooleanProxyType; }
-bool VeskIsGdNull(CVeskGenericData * value) { return VeskGetGdProxyType(value) == VeskGdNullProxyType; }
-bool VeskIsGdNone(CVeskGenericData * value) { return VeskGetGdProxyType(value) == VeskGdNoneProxyType; }
-bool VeskIsGdObject(CVeskGenericData * value) { return VeskGetGdProxyType(value) == VeskGdObjectProxyType; }
-bool VeskIsGdIndirect(CVeskGenericData * value) { return VeskGetGdProxyType(value) == VeskGdIndirectProxyType; }
-bool VeskIsGdVector(CVeskGenericData * value) { return VeskGetGdProxyType(value) == VeskGdVectorProxyType; }
+bool VeskIsGdDouble(CVeskGenericData* value)
+{
+    return VeskGetGdProxyType(value) == VeskGdDoubleProxyType;
+}
+bool VeskIsGdString(CVeskGenericData* value)
+{
+    return VeskGetGdProxyType(value) == VeskGdStringProxyType;
+}
+bool VeskIsGdBoolean(CVeskGenericData* value)
+{
+    return VeskGetGdProxyType(value) == VeskGdBooleanProxyType;
+}
+bool VeskIsGdNull(CVeskGenericData* value)
+{
+    return VeskGetGdProxyType(value) == VeskGdNullProxyType;
+}
+bool VeskIsGdNone(CVeskGenericData* value)
+{
+    return VeskGetGdProxyType(value) == VeskGdNoneProxyType;
+}
+bool VeskIsGdObject(CVeskGenericData* value)
+{
+    return VeskGetGdProxyType(value) == VeskGdObjectProxyType;
+}
+bool VeskIsGdIndirect(CVeskGenericData* value)
+{
+    return VeskGetGdProxyType(value) == VeskGdIndirectProxyType;
+}
+bool VeskIsGdVector(CVeskGenericData* value)
+{
+    return VeskGetGdProxyType(value) == VeskGdVectorProxyType;
+}

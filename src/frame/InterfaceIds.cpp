@@ -11,7 +11,9 @@
 
 // One series: the identifiers differ only in the last two digits of the first field.
 #define VESK_IID(last)                                                                             \
-    {0x067F5700 | (last), 0x8416, 0x11D0, {0xBD, 0xFD, 0x00, 0x20, 0xAF, 0x6F, 0xA1, 0x61}}
+    {                                                                                              \
+        0x067F5700 | (last), 0x8416, 0x11D0, { 0xBD, 0xFD, 0x00, 0x20, 0xAF, 0x6F, 0xA1, 0x61 }    \
+    }
 
 const IID IID_IVeskDLL = VESK_IID(0x21);
 const IID IID_IVeskComponent = VESK_IID(0x23);
@@ -34,7 +36,7 @@ namespace {
 
 // Identifiers order as their 16 raw bytes.
 struct RawLess {
-    bool operator()(const GUID & a, const GUID & b) const
+    bool operator()(const GUID& a, const GUID& b) const
     {
         return std::memcmp(&a, &b, sizeof(GUID)) < 0;
     }
@@ -42,7 +44,7 @@ struct RawLess {
 
 typedef std::map<GUID, CDorlString, RawLess> NameMap;
 
-NameMap & Names()
+NameMap& Names()
 {
     static NameMap s_names;
     return s_names;
@@ -50,18 +52,18 @@ NameMap & Names()
 
 } // namespace
 
-void VeskRegisterInterfaceIdName(const GUID & iid, const CDorlString & name)
+void VeskRegisterInterfaceIdName(const GUID& iid, const CDorlString& name)
 {
-    CDorlString & entry = Names()[iid];
+    CDorlString& entry = Names()[iid];
     if (!entry.IsEmpty() && entry != name)
         DorlDump("WARNING: %s and %s have duplicate interface ids\n",
-                 static_cast<const char *>(entry), static_cast<const char *>(name));
+                 static_cast<const char*>(entry), static_cast<const char*>(name));
     entry = name;
 }
 
-CDorlString VeskTranslateInterfaceId(const GUID & iid)
+CDorlString VeskTranslateInterfaceId(const GUID& iid)
 {
-    const NameMap & names = Names();
+    const NameMap& names = Names();
     NameMap::const_iterator found = names.find(iid);
     if (found != names.end())
         return found->second;

@@ -24,8 +24,8 @@ public:
         context->GetParam("byRef", &byRef, 0);
         context->GetParam("optional", &optional, 0);
         EXPECT_EQ(context->CanProceed(0), 1);
-        calls.push_back(std::string(name) + "|" + std::string(type) + "|" +
-                        std::to_string(byRef) + "|" + std::to_string(optional));
+        calls.push_back(std::string(name) + "|" + std::string(type) + "|" + std::to_string(byRef) +
+                        "|" + std::to_string(optional));
         return 1;
     }
     std::vector<std::string> calls;

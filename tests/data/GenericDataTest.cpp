@@ -317,8 +317,8 @@ TEST_F(GenericData, GenericAllocateGivesEmptyValuesOrNull)
     EXPECT_STREQ(CVeskGenericData::GetTypeName(CVeskGenericData::dtIndirect), "Other");
     EXPECT_STREQ(CVeskGenericData::GetTypeName(static_cast<CVeskGenericData::DataType>(9)),
                  "Other");
-    const char* names[] = {"Other", "Null", "Boolean", "Number", "String", "Vector", "Object",
-                           "None"};
+    const char* names[] = {"Other",  "Null",   "Boolean", "Number",
+                           "String", "Vector", "Object",  "None"};
     for (int type = 0; type < 8; ++type)
         EXPECT_STREQ(CVeskGenericData::GetTypeName(static_cast<CVeskGenericData::DataType>(type)),
                      names[type]);

@@ -9,12 +9,14 @@
 
 namespace {
 
-std::vector<unsigned char> Contents(const CDorlArchive& ar) {
+std::vector<unsigned char> Contents(const CDorlArchive& ar)
+{
     return std::vector<unsigned char>(ar.GetData(), ar.GetData() + ar.GetSize());
 }
 
 // The sequence behind data/sample.dar, which was written by this library.
-void WriteSample(CDorlArchive& ar) {
+void WriteSample(CDorlArchive& ar)
+{
     ar << -123456789 << 0 << 0xDEADBEEFu << static_cast<unsigned char>(0x7F)
        << static_cast<unsigned char>(0xFF) << -1234.5625 << 1e300;
     ar << CDorlString("sample") << CDorlString() << CDorlString("a\0b", 3)
@@ -23,20 +25,22 @@ void WriteSample(CDorlArchive& ar) {
 
 } // namespace
 
-TEST(DorlArchive, WritesFixedWidthLittleEndianBytes) {
+TEST(DorlArchive, WritesFixedWidthLittleEndianBytes)
+{
     CDorlArchive ar;
     ar << -2 << 0x01020304u << static_cast<unsigned char>(0xAB) << 1.5 << CDorlString("hi");
-    const std::vector<unsigned char> expected = {
-        0xFE, 0xFF, 0xFF, 0xFF,                         // -2
-        0x04, 0x03, 0x02, 0x01,                         // 0x01020304
-        0xAB,                                           // unsigned char
-        0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xF8, 0x3F, // 1.5
-        0x02, 0x00, 0x00, 0x00, 'h',  'i'};
+    const std::vector<unsigned char> expected = {0xFE, 0xFF, 0xFF, 0xFF, // -2
+                                                 0x04, 0x03, 0x02, 0x01, // 0x01020304
+                                                 0xAB,                   // unsigned char
+                                                 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+                                                 0xF8, 0x3F, // 1.5
+                                                 0x02, 0x00, 0x00, 0x00, 'h',  'i'};
     EXPECT_EQ(Contents(ar), expected);
     EXPECT_FALSE(ar.HasFailed());
 }
 
-TEST(DorlArchive, SampleFileReadsTheSameOnEveryBuild) {
+TEST(DorlArchive, SampleFileReadsTheSameOnEveryBuild)
+{
     CDorlArchive file;
     ASSERT_TRUE(file.OpenFile(DORL_TEST_DATA_DIR "/sample.dar", false));
     CDorlArchive rewritten;
@@ -65,7 +69,8 @@ TEST(DorlArchive, SampleFileReadsTheSameOnEveryBuild) {
     EXPECT_EQ(file.GetRemaining(), 0u);
 }
 
-TEST(DorlArchive, DamagedInputReadsAsZeroOrEmpty) {
+TEST(DorlArchive, DamagedInputReadsAsZeroOrEmpty)
+{
     const unsigned char truncatedInt[] = {0x01, 0x02};
     CDorlArchive shortInt(truncatedInt, sizeof truncatedInt);
     int value = 7;
@@ -107,7 +112,8 @@ TEST(DorlArchive, DamagedInputReadsAsZeroOrEmpty) {
     EXPECT_TRUE(nothing.HasFailed());
 }
 
-TEST(DorlArchive, WrongDirectionIsANoOpThatFails) {
+TEST(DorlArchive, WrongDirectionIsANoOpThatFails)
+{
     const unsigned char data[] = {0x05, 0x00, 0x00, 0x00};
     CDorlArchive loading(data, sizeof data);
     loading << 9;
@@ -125,7 +131,8 @@ TEST(DorlArchive, WrongDirectionIsANoOpThatFails) {
     EXPECT_EQ(storing.GetSize(), 4u);
 }
 
-TEST(DorlArchive, FileStoresAndLoadsAndReportsFailures) {
+TEST(DorlArchive, FileStoresAndLoadsAndReportsFailures)
+{
     char path[] = "/tmp/dorl_archive_XXXXXX";
     int descriptor = mkstemp(path);
     ASSERT_GE(descriptor, 0);

@@ -12,7 +12,8 @@ std::string s_ran;
 
 void CaptureDump(const char* text) { s_dumped += text; }
 
-void CaptureAssert(const char* expression, const char* source, int line) {
+void CaptureAssert(const char* expression, const char* source, int line)
+{
     s_asserted += std::string(expression) + "|" + source + "|" + std::to_string(line);
 }
 
@@ -20,7 +21,8 @@ void RunStatic() { s_ran += "S"; }
 void RunFirst() { s_ran += "1"; }
 void RunSecond() { s_ran += "2"; }
 void RunThird() { s_ran += "3"; }
-void RunNested() {
+void RunNested()
+{
     s_ran += "N";
     DorlAddInitialiser(RunThird);
 }
@@ -32,27 +34,29 @@ void ReportB() { s_ran += "b"; }
 
 } // namespace
 
-TEST(DorlDiag, DumpsAndAssertionsGoToTheInstalledHandlerUntilRestored) {
+TEST(DorlDiag, DumpsAndAssertionsGoToTheInstalledHandlerUntilRestored)
+{
     EXPECT_EQ(DorlSetDumpHandler(CaptureDump), nullptr);
     EXPECT_EQ(DorlSetAssertHandler(CaptureAssert), nullptr);
 
     std::string longText(1000, 'x');
     DorlDump("%d:%s", 7, longText.c_str());
     EXPECT_EQ(s_dumped, "7:" + longText);
-    DorlDisplayAssert("p != 0", "COMObject.cpp", 42);
-    EXPECT_EQ(s_asserted, "p != 0|COMObject.cpp|42");
+    DorlDisplayAssert("p != 0", "Widget.cpp", 42);
+    EXPECT_EQ(s_asserted, "p != 0|Widget.cpp|42");
 
     EXPECT_EQ(DorlSetDumpHandler(nullptr), CaptureDump);
     EXPECT_EQ(DorlSetAssertHandler(nullptr), CaptureAssert);
     testing::internal::CaptureStderr();
     DorlDump("line %d\n", 1);
-    DorlDisplayAssert("x > 0", "DLL.cpp", 7);
+    DorlDisplayAssert("x > 0", "Loader.cpp", 7);
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "line 1\nAssertion failed: x > 0, DLL.cpp line 7\n");
+              "line 1\nAssertion failed: x > 0, Loader.cpp line 7\n");
     EXPECT_EQ(s_dumped, "7:" + longText);
 }
 
-TEST(DorlDiag, InitialisersRunOnceInRegistrationOrder) {
+TEST(DorlDiag, InitialisersRunOnceInRegistrationOrder)
+{
     EXPECT_NE(s_staticRegistration, 0);
     s_ran.clear();
     DorlAddInitialiser(RunFirst);
@@ -67,7 +71,8 @@ TEST(DorlDiag, InitialisersRunOnceInRegistrationOrder) {
     EXPECT_EQ(s_ran, "S1N231");
 }
 
-TEST(DorlDiag, ProcessInfoHandlersRunByName) {
+TEST(DorlDiag, ProcessInfoHandlersRunByName)
+{
     s_ran.clear();
     EXPECT_EQ(DorlRunProcessInfoHandler("objects"), 0);
     DorlRegisterProcessInfoHandler("objects", ReportA);

@@ -6,14 +6,16 @@
 
 namespace {
 
-std::vector<int> Forward(const CDorlList<int>& list) {
+std::vector<int> Forward(const CDorlList<int>& list)
+{
     std::vector<int> values;
     for (DORLPOSITION at = list.GetHeadPosition(); at;)
         values.push_back(list.GetNext(at));
     return values;
 }
 
-std::vector<int> Backward(const CDorlList<int>& list) {
+std::vector<int> Backward(const CDorlList<int>& list)
+{
     std::vector<int> values;
     for (DORLPOSITION at = list.GetTailPosition(); at;)
         values.push_back(list.GetPrev(at));
@@ -22,7 +24,8 @@ std::vector<int> Backward(const CDorlList<int>& list) {
 
 } // namespace
 
-TEST(DorlList, KeepsBothDirectionsConsistentThroughEdits) {
+TEST(DorlList, KeepsBothDirectionsConsistentThroughEdits)
+{
     CDorlList<int> list;
     EXPECT_TRUE(list.IsEmpty());
     EXPECT_EQ(list.RemoveHead(), 0);

@@ -4,7 +4,8 @@
 
 #include <string>
 
-TEST(DorlProbe, VariablesAreFoundByPathAndNameWhileTheyLive) {
+TEST(DorlProbe, VariablesAreFoundByPathAndNameWhileTheyLive)
+{
     const char* path = "\\Resources\\GenericData";
     EXPECT_EQ(DorlFindProbe(path, "Count"), nullptr);
     {

@@ -12,7 +12,8 @@ std::atomic<int> s_endingDisposals{0};
 
 class CountingObject : public CDorlThreadLocalStorage {
 public:
-    void DisposeThreadObject(bool bThreadEnding) override {
+    void DisposeThreadObject(bool bThreadEnding) override
+    {
         ++s_disposals;
         if (bThreadEnding)
             ++s_endingDisposals;
@@ -22,7 +23,8 @@ public:
 
 } // namespace
 
-TEST(DorlThreadLocalStorage, ObjectsAreDisposedOnceWhenTheirThreadEnds) {
+TEST(DorlThreadLocalStorage, ObjectsAreDisposedOnceWhenTheirThreadEnds)
+{
     int first = DorlAllocateThreadLocalStorageIndex();
     int second = DorlAllocateThreadLocalStorageIndex();
     ASSERT_GE(first, 0);

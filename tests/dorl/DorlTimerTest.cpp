@@ -10,7 +10,8 @@ namespace {
 
 class RecordingTimer : public CDorlTimer {
 public:
-    void OnAlarm(long delayMs) override {
+    void OnAlarm(long delayMs) override
+    {
         delays.push_back(delayMs);
         threads.push_back(std::this_thread::get_id());
         if (action)
@@ -22,7 +23,8 @@ public:
     std::function<void()> action;
 };
 
-int RunTimersOnAnotherThread() {
+int RunTimersOnAnotherThread()
+{
     int ran = -1;
     std::thread([&ran] { ran = DorlRunTimers(); }).join();
     return ran;
@@ -30,7 +32,8 @@ int RunTimersOnAnotherThread() {
 
 } // namespace
 
-TEST(DorlTimer, DueAlarmsRunOnceAndOnlyInTheOwningThreadsTurn) {
+TEST(DorlTimer, DueAlarmsRunOnceAndOnlyInTheOwningThreadsTurn)
+{
     RecordingTimer timer;
     timer.SetAlarm(0);
     EXPECT_EQ(RunTimersOnAnotherThread(), 0);
@@ -64,7 +67,8 @@ TEST(DorlTimer, DueAlarmsRunOnceAndOnlyInTheOwningThreadsTurn) {
     EXPECT_EQ(DorlRunTimers(), 0);
 }
 
-TEST(DorlTimer, AlarmsMayRearmAndDestroyTimersDuringTheTurn) {
+TEST(DorlTimer, AlarmsMayRearmAndDestroyTimersDuringTheTurn)
+{
     RecordingTimer repeating;
     repeating.action = [&repeating] { repeating.SetAlarm(0); };
     repeating.SetAlarm(0);

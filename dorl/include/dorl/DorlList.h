@@ -9,8 +9,7 @@ typedef DorlPositionOpaque* DORLPOSITION;
 
 // A doubly linked list of small values, usually pointers. Reading past either end, or from an
 // empty list, yields a value-initialised T rather than failing.
-template <class T>
-class CDorlList {
+template <class T> class CDorlList {
 public:
     typedef DORLPOSITION POSITION;
 
@@ -27,7 +26,8 @@ public:
     POSITION GetHeadPosition() const { return ToPosition(m_head); }
     POSITION GetTailPosition() const { return ToPosition(m_tail); }
 
-    POSITION AddHead(T value) {
+    POSITION AddHead(T value)
+    {
         CNode* node = new CNode{m_head, nullptr, value};
         if (m_head)
             m_head->pPrev = node;
@@ -38,7 +38,8 @@ public:
         return ToPosition(node);
     }
 
-    POSITION AddTail(T value) {
+    POSITION AddTail(T value)
+    {
         CNode* node = new CNode{nullptr, m_tail, value};
         if (m_tail)
             m_tail->pNext = node;
@@ -53,13 +54,15 @@ public:
     T RemoveTail() { return Unlink(m_tail); }
     void RemoveAt(POSITION position) { Unlink(ToNode(position)); }
 
-    void RemoveAll() {
+    void RemoveAll()
+    {
         while (m_head)
             Unlink(m_head);
     }
 
     // Yields the element at position and moves position on; position is null after the tail.
-    T GetNext(POSITION& position) const {
+    T GetNext(POSITION& position) const
+    {
         CNode* node = ToNode(position);
         if (!node)
             return T();
@@ -67,7 +70,8 @@ public:
         return node->data;
     }
 
-    T GetPrev(POSITION& position) const {
+    T GetPrev(POSITION& position) const
+    {
         CNode* node = ToNode(position);
         if (!node)
             return T();
@@ -75,18 +79,21 @@ public:
         return node->data;
     }
 
-    T GetAt(POSITION position) const {
+    T GetAt(POSITION position) const
+    {
         CNode* node = ToNode(position);
         return node ? node->data : T();
     }
 
-    void SetAt(POSITION position, T value) {
+    void SetAt(POSITION position, T value)
+    {
         if (CNode* node = ToNode(position))
             node->data = value;
     }
 
     // Searches from the element after startAfter, or from the head when it is null.
-    POSITION Find(T value, POSITION startAfter = nullptr) const {
+    POSITION Find(T value, POSITION startAfter = nullptr) const
+    {
         CNode* node = startAfter ? ToNode(startAfter)->pNext : m_head;
         for (; node; node = node->pNext) {
             if (node->data == value)
@@ -95,7 +102,8 @@ public:
         return nullptr;
     }
 
-    POSITION FindIndex(int index) const {
+    POSITION FindIndex(int index) const
+    {
         if (index < 0 || index >= m_count)
             return nullptr;
         CNode* node = m_head;
@@ -114,7 +122,8 @@ private:
     static POSITION ToPosition(CNode* node) { return reinterpret_cast<POSITION>(node); }
     static CNode* ToNode(POSITION position) { return reinterpret_cast<CNode*>(position); }
 
-    T Unlink(CNode* node) {
+    T Unlink(CNode* node)
+    {
         if (!node)
             return T();
         if (node->pPrev)

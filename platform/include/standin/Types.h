@@ -48,9 +48,9 @@ static_assert(sizeof(GUID) == 16, "GUID is the platform's 16-byte record");
 
 typedef GUID IID;
 typedef GUID CLSID;
-typedef const GUID & REFGUID;
-typedef const IID & REFIID;
-typedef const CLSID & REFCLSID;
+typedef const GUID& REFGUID;
+typedef const IID& REFIID;
+typedef const CLSID& REFCLSID;
 
 inline bool IsEqualGUID(REFGUID a, REFGUID b) { return std::memcmp(&a, &b, sizeof(GUID)) == 0; }
 inline bool IsEqualIID(REFIID a, REFIID b) { return IsEqualGUID(a, b); }

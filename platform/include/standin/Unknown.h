@@ -7,7 +7,7 @@
 extern "C" STANDIN_API const IID IID_IUnknown;
 
 struct IUnknown {
-    virtual HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void ** ppv) = 0;
+    virtual HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) = 0;
     virtual ULONG STDMETHODCALLTYPE AddRef() = 0;
     virtual ULONG STDMETHODCALLTYPE Release() = 0;
 
@@ -18,4 +18,4 @@ protected:
 
 // There are no remote proxies in this process model, so there is nothing to disconnect; the call
 // exists so that code written for the platform reads and links unchanged.
-STANDIN_API HRESULT CoDisconnectObject(IUnknown * pUnknown, DWORD reserved);
+STANDIN_API HRESULT CoDisconnectObject(IUnknown* pUnknown, DWORD reserved);

@@ -2,6 +2,6 @@
 
 // The platform stand-in: what the object framework needs of COM and Win32.
 
+#include "standin/Sync.h"
 #include "standin/Types.h"
 #include "standin/Unknown.h"
-#include "standin/Sync.h"
