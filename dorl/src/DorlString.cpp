@@ -37,6 +37,8 @@ struct EmptyStringBlock {
 // or freed.
 constinit EmptyStringBlock s_emptyBlock{{1, 0, 0, 0}, {0, 0}};
 static_assert(offsetof(EmptyStringBlock, text) == sizeof(StringBlock));
+// The header's inline GetLength reads the length three fields before the text.
+static_assert(offsetof(StringBlock, length) == sizeof(StringBlock) - 3 * sizeof(int32_t));
 
 char* EmptyText() { return s_emptyBlock.text; }
 
@@ -156,8 +158,6 @@ CDorlString Concatenate(const char* left, int leftLength, const char* right, int
 
 const CDorlString DorlPchNil;
 
-CDorlString::CDorlString() noexcept : m_pchData(EmptyText()) {}
-
 CDorlString::CDorlString(const char* text) : m_pchData(EmptyText())
 {
     AssignCopy(text, LengthOf(text));
@@ -176,7 +176,9 @@ CDorlString::CDorlString(CDorlString&& other) noexcept : m_pchData(other.m_pchDa
     other.m_pchData = EmptyText();
 }
 
-CDorlString::~CDorlString() { ReleaseText(m_pchData); }
+char* const dorl_detail::g_pchEmptyText = s_emptyBlock.text;
+
+void CDorlString::Release() noexcept { ReleaseText(m_pchData); }
 
 CDorlString& CDorlString::operator=(const char* text)
 {
@@ -210,10 +212,6 @@ char CDorlString::operator[](int index) const
         return 0;
     return m_pchData[index];
 }
-
-int CDorlString::GetLength() const { return BlockOf(m_pchData)->length; }
-
-bool CDorlString::IsEmpty() const { return GetLength() == 0; }
 
 void CDorlString::Empty()
 {

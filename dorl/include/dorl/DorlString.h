@@ -1,6 +1,14 @@
 #pragma once
 
+#include <cstdint>
+
 #include "DorlExport.h"
+
+namespace dorl_detail {
+// The text of the one shared empty block: every empty string points at it, so making and
+// dropping empty strings costs no call and no count.
+extern DORL_API char* const g_pchEmptyText;
+} // namespace dorl_detail
 
 // Narrow text in a shared, reference-counted block. Copies share the block and only the side
 // that changes pays for a private copy, so passing strings by value is cheap. The bytes may
@@ -8,14 +16,18 @@
 // too. The object is exactly one pointer wide.
 class DORL_API CDorlString {
 public:
-    CDorlString() noexcept;
+    CDorlString() noexcept : m_pchData(dorl_detail::g_pchEmptyText) {}
     CDorlString(const char* text);
     CDorlString(const char* text, int length);
     // wchar_t text is UTF-32 here; it is stored as UTF-8.
     CDorlString(const wchar_t* text);
     CDorlString(const CDorlString& other);
     CDorlString(CDorlString&& other) noexcept;
-    ~CDorlString();
+    ~CDorlString()
+    {
+        if (m_pchData != dorl_detail::g_pchEmptyText)
+            Release();
+    }
 
     CDorlString& operator=(const char* text);
     CDorlString& operator=(const CDorlString& other);
@@ -25,8 +37,9 @@ public:
     // Out-of-range indices read as zero rather than running off the block.
     char operator[](int index) const;
 
-    int GetLength() const;
-    bool IsEmpty() const;
+    // The block header before the text holds the count, then the length, as 32-bit fields.
+    int GetLength() const noexcept { return reinterpret_cast<const int32_t*>(m_pchData)[-3]; }
+    bool IsEmpty() const noexcept { return GetLength() == 0; }
     void Empty();
 
     // Raw writing: the buffer stays private to this string until ReleaseBuffer, even if it is
@@ -52,6 +65,7 @@ public:
     CDorlString& operator+=(char ch);
 
 private:
+    void Release() noexcept;
     void AssignCopy(const char* text, int length);
     void Append(const char* text, int length);
     void PrepareToWrite(int capacity);
