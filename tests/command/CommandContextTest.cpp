@@ -7,10 +7,22 @@ using namespace vesk_test;
 
 namespace {
 
-class CommandContext : public StartedTest {};
-
 std::vector<std::string> s_handled;
 void Handle(const char* text) { s_handled.emplace_back(text); }
+
+class CommandContext : public StartedTest {
+protected:
+    void SetUp() override { StartedTest::SetUp(); }
+};
+
+// A context for the named function whose messages land in s_handled.
+struct Watched : CVeskCommandContext {
+    explicit Watched(const char* function)
+    {
+        SetErrorHandler(&Handle);
+        SetCalledFunctionName(function);
+    }
+};
 
 // Records what a query call describes: name, type, by-reference flag, optional flag.
 class QueryRecorder : public CVeskSimpleCommandObject {
@@ -78,10 +90,7 @@ TEST_F(CommandContext, PositionalParametersAreAStack)
 
 TEST_F(CommandContext, TypeChecksHaveNoConversion)
 {
-    s_handled.clear();
-    CVeskCommandContext context;
-    context.SetErrorHandler(&Handle);
-    context.SetCalledFunctionName("f");
+    Watched context("f");
     context.AddParam("flag", 1);
     context.AddParam("null", CVeskGdNull::Allocate());
     context.AddParam("number", 2.0);
@@ -145,11 +154,8 @@ TEST_F(CommandContext, EveryOverloadDeliversItsTarget)
 
 TEST_F(CommandContext, PositionalFillsFetchesBeforeNames)
 {
-    s_handled.clear();
     {
-        CVeskCommandContext context;
-        context.SetErrorHandler(&Handle);
-        context.SetCalledFunctionName("cell");
+        Watched context("cell");
         context.AddParam("colId", 2.0);
         context.AddParam(DorlPchNil, 1.0);
         double row = 0, col = 0;
@@ -161,9 +167,7 @@ TEST_F(CommandContext, PositionalFillsFetchesBeforeNames)
     }
     EXPECT_TRUE(s_handled.empty());
     {
-        CVeskCommandContext context;
-        context.SetErrorHandler(&Handle);
-        context.SetCalledFunctionName("cell");
+        Watched context("cell");
         context.AddParam("colId", 2.0);
         context.AddParam(DorlPchNil, 1.0);
         double row = 0, col = 0;
@@ -179,34 +183,26 @@ TEST_F(CommandContext, PositionalFillsFetchesBeforeNames)
 
 TEST_F(CommandContext, ExcessAndUnexpectedParameters)
 {
-    s_handled.clear();
     {
-        CVeskCommandContext context;
-        context.SetErrorHandler(&Handle);
-        context.SetCalledFunctionName("g");
+        Watched context("g");
         context.AddParam(DorlPchNil, 1.0);
         context.AddParam(DorlPchNil, 2.0);
         EXPECT_EQ(context.CanProceed(0), 0);
     }
     {
-        CVeskCommandContext context;
-        context.SetErrorHandler(&Handle);
+        Watched context("");
         context.AddParam(DorlPchNil, 1.0);
         context.AddParam(DorlPchNil, 2.0);
         EXPECT_EQ(context.CanProceed(1), 1);
     }
     {
-        CVeskCommandContext context;
-        context.SetErrorHandler(&Handle);
-        context.SetCalledFunctionName("g");
+        Watched context("g");
         context.AddParam("x", 1.0);
         context.AddParam("y", 1.0);
         EXPECT_EQ(context.CanProceed(1), 0);
     }
     {
-        CVeskCommandContext context;
-        context.SetErrorHandler(&Handle);
-        context.SetCalledFunctionName("g");
+        Watched context("g");
         context.FetchNamedOnly(1);
         context.AddParam(DorlPchNil, 5.0);
         context.AddParam("p", 6.0);
@@ -226,10 +222,7 @@ TEST_F(CommandContext, ExcessAndUnexpectedParameters)
 
 TEST_F(CommandContext, NamedParametersAreTakenOnceLastAddedFirst)
 {
-    s_handled.clear();
-    CVeskCommandContext context;
-    context.SetErrorHandler(&Handle);
-    context.SetCalledFunctionName("h");
+    Watched context("h");
     context.AddParam("n", 1.0);
     context.AddParam("n", 2.0);
     double first = 0, second = 0;
@@ -260,10 +253,7 @@ TEST_F(CommandContext, OptionalParametersKeepTheCalleesDefault)
 
 TEST_F(CommandContext, DefaultParametersFillEveryTarget)
 {
-    s_handled.clear();
-    CVeskCommandContext context;
-    context.SetErrorHandler(&Handle);
-    context.SetCalledFunctionName("d");
+    Watched context("d");
     context.DefaultParameters();
     context.AddParam("wrong", CDorlString("text"));
     int b = 7;
@@ -305,7 +295,6 @@ TEST_F(CommandContext, MessagesGoToDorlDumpWithoutAHandler)
     EXPECT_EQ(capture.dumps[0], "Parameter 'x' missing for function \n");
 
     // A handler can be removed again.
-    s_handled.clear();
     context.SetErrorHandler(&Handle);
     context.OutputErrorString("to handler %d", 1);
     context.SetErrorHandler(nullptr);
@@ -316,10 +305,8 @@ TEST_F(CommandContext, MessagesGoToDorlDumpWithoutAHandler)
 
 TEST_F(CommandContext, OutputErrorStringStaysWithinItsBuffer)
 {
-    s_handled.clear();
     std::string longName(10000, 'n');
-    CVeskCommandContext context;
-    context.SetErrorHandler(&Handle);
+    Watched context("");
     context.SetCalledFunctionName(CDorlString(longName.c_str()));
     double value;
     EXPECT_EQ(context.GetParam(longName.c_str(), &value, 0), 0);

@@ -13,9 +13,8 @@ int s_allocations = 0;
 void* operator new(std::size_t size)
 {
     ++s_allocations;
-    if (void* p = std::malloc(size ? size : 1))
-        return p;
-    throw std::bad_alloc();
+    void* p = std::malloc(size ? size : 1);
+    return p ? p : throw std::bad_alloc();
 }
 void* operator new[](std::size_t size) { return operator new(size); }
 void operator delete(void* p) noexcept { std::free(p); }
