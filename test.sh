@@ -30,7 +30,7 @@ for leg in $legs; do
         continue
     fi
     echo "=== $leg: test"
-    ctest --preset "$leg" -j2 2>&1 | tee "$logdir/$leg.ctest" | grep -E -v '^ +(Start|[0-9]+/[0-9]+ Test)' 
+    ctest --preset "$leg" -j2 2>&1 | tee "$logdir/$leg.ctest" | grep -E -v '^ *Start |^ *[0-9]+/[0-9]+ Test +#[0-9]+: .* Passed'
     [ "${PIPESTATUS[0]}" -ne 0 ] && status=1
     summary=$(grep -E 'tests passed, [0-9]+ tests failed out of [0-9]+' "$logdir/$leg.ctest" | tail -n 1)
     if [ -z "$summary" ]; then

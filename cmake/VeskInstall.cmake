@@ -32,5 +32,8 @@ install(FILES
   ${PROJECT_BINARY_DIR}/VeskConfigVersion.cmake
   DESTINATION ${VESK_CMAKE_DIR})
 
+# The .pc file finds the prefix from its own place, so an installed tree can be moved.
+file(RELATIVE_PATH VESK_PC_TO_PREFIX
+  ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(${PROJECT_SOURCE_DIR}/cmake/vesk.pc.in ${PROJECT_BINARY_DIR}/vesk.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vesk.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
