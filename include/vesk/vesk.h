@@ -5,9 +5,12 @@
 #include <dorl/dorl.h>
 #include <standin/standin.h>
 
+#include "vesk/COMObject.h"
 #include "vesk/Command.h"
 #include "vesk/CommandContext.h"
 #include "vesk/FunctionObj.h"
+#include "vesk/GdIndirect.h"
+#include "vesk/GdObject.h"
 #include "vesk/GenericData.h"
 #include "vesk/InterfaceIds.h"
 #include "vesk/VeskExport.h"

@@ -5,6 +5,8 @@
 
 #include <dorl/DorlDiag.h>
 
+#include "vesk/GdIndirect.h"
+
 namespace {
 
 // Marks a query call whose descriptions nobody wants. It is compared, never called or released.
@@ -31,6 +33,8 @@ CVeskCommandContext::~CVeskCommandContext()
     auto releaseEntry = [](CVeskCommandParam& param) {
         if (param.m_pValue)
             param.m_pValue->Release();
+        if (param.m_pIndirect)
+            param.m_pIndirect->Release();
     };
     for (int i = 0; i < m_nPositional; ++i)
         releaseEntry(m_pParams[i]);

@@ -9,6 +9,8 @@
 
 #include "data/GdInternal.h"
 #include "frame/InterfaceNames.h"
+#include "vesk/GdIndirect.h"
+#include "vesk/GdObject.h"
 #include "vesk/InterfaceIds.h"
 
 static_assert(sizeof(long) == sizeof(void*), "a proxy type holds the address of a class table");
@@ -59,6 +61,8 @@ void VeskStartup()
     VeskGdBooleanProxyType = SampleProxyType(CVeskGdBoolean::Allocate(1));
     VeskGdNullProxyType = SampleProxyType(CVeskGdNull::Allocate());
     VeskGdNoneProxyType = SampleProxyType(CVeskGdNone::Allocate());
+    VeskGdObjectProxyType = SampleProxyType(CVeskGdObject::Allocate(nullptr, 1));
+    VeskGdIndirectProxyType = SampleProxyType(CVeskGdIndirect::Allocate());
     vesk::RegisterStandardInterfaceNames();
 }
 
@@ -185,6 +189,8 @@ int CVeskGenericData::Assign(CVeskGenericData* other)
 CVeskGenericData* CVeskGenericData::GenericAllocate(DataType type)
 {
     switch (type) {
+    case dtIndirect:
+        return CVeskGdIndirect::Allocate();
     case dtNull:
         return CVeskGdNull::Allocate();
     case dtBoolean:

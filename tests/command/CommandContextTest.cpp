@@ -12,7 +12,11 @@ void Handle(const char* text) { s_handled.emplace_back(text); }
 
 class CommandContext : public StartedTest {
 protected:
-    void SetUp() override { StartedTest::SetUp(); }
+    void SetUp() override
+    {
+        StartedTest::SetUp();
+        s_handled.clear();
+    }
 };
 
 // A context for the named function whose messages land in s_handled.

@@ -35,35 +35,6 @@ void RecordMonitor(void* object, const char* typeName, int created)
 
 } // namespace
 
-TEST(GenericDataStartup, ProxyTypesAreZeroUntilTheStartupRoutineRuns)
-{
-    Ref<CVeskGenericData> number(CVeskGdDouble::Allocate(1.0));
-    EXPECT_EQ(VeskGdDoubleProxyType, 0);
-    EXPECT_FALSE(VeskIsGdDouble(number.get()));
-
-    DorlRunInitialisers();
-    EXPECT_NE(VeskGdDoubleProxyType, 0);
-    EXPECT_TRUE(VeskIsGdDouble(number.get()));
-    EXPECT_EQ(VeskGetGdProxyType(number.get()), VeskGdDoubleProxyType);
-
-    // Each class has its own word, and a value matches only its own class.
-    long types[] = {VeskGdDoubleProxyType, VeskGdStringProxyType, VeskGdBooleanProxyType,
-                    VeskGdNullProxyType, VeskGdNoneProxyType};
-    for (size_t i = 0; i < 5; ++i)
-        for (size_t j = i + 1; j < 5; ++j)
-            EXPECT_NE(types[i], types[j]);
-    Ref<CVeskGenericData> text(CVeskGdString::Allocate("x"));
-    EXPECT_TRUE(VeskIsGdString(text.get()));
-    EXPECT_FALSE(VeskIsGdDouble(text.get()));
-    EXPECT_TRUE(VeskIsGdBoolean(CVeskGdBoolean::Allocate(0)));
-    EXPECT_TRUE(VeskIsGdNull(CVeskGdNull::Allocate()));
-    EXPECT_TRUE(VeskIsGdNone(CVeskGdNone::Allocate()));
-    EXPECT_FALSE(VeskIsGdNone(CVeskGdNull::Allocate()));
-
-    // The start-up routine also names the framework's interfaces.
-    EXPECT_STREQ(VeskTranslateInterfaceId(IID_IVeskCommand), "IVeskCommand");
-}
-
 TEST_F(GenericData, SharedValuesAreSingleObjectsWithoutACount)
 {
     EXPECT_EQ(CVeskGdBoolean::Allocate(5), CVeskGdBoolean::Allocate(1));

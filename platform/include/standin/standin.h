@@ -2,6 +2,7 @@
 
 // The platform stand-in: what the object framework needs of COM and Win32.
 
+#include "standin/Dispatch.h"
 #include "standin/Sync.h"
 #include "standin/Types.h"
 #include "standin/Unknown.h"
