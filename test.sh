@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
 # Sets up what is missing, then builds and tests Vesk in every configuration: native x86-64,
-# 32-bit i386, and AddressSanitizer + UndefinedBehaviorSanitizer. Also checks that an outside
-# project builds against the library through find_package, add_subdirectory and pkg-config.
+# 32-bit i386, AddressSanitizer + UndefinedBehaviorSanitizer, and ThreadSanitizer. Also checks
+# that an outside project builds against the library through find_package, add_subdirectory and
+# pkg-config.
 # VESK_LEGS="native asan" limits the configurations.
 set -uo pipefail
 cd "$(dirname "$0")"
 scripts/install-deps.sh || exit 1
 
-legs=${VESK_LEGS:-"native i386 asan"}
+legs=${VESK_LEGS:-"native i386 asan tsan"}
 passed=0
 failed=0
 status=0

@@ -35,6 +35,9 @@ void* EmbeddedAt(CVeskCOMObject* object, const _VeskCOM_IF_MapEntry& entry)
     return firstWord ? embedded : nullptr;
 }
 
+// The count as it stands, read atomically: other threads change it under interlocked operations.
+LONG CurrentCount(const LONG& count) { return __atomic_load_n(&count, __ATOMIC_RELAXED); }
+
 const _VeskCOM_IF_Map* BaseOf(const _VeskCOM_IF_Map* map)
 {
     return map->pfnGetBaseMap ? map->pfnGetBaseMap() : nullptr;
@@ -55,7 +58,8 @@ CVeskCOMObject::CVeskCOMObject() : m_dwRef(1), m_pOuterUnknown(nullptr), m_nLock
 
 CVeskCOMObject::~CVeskCOMObject()
 {
-    VESK_COM_ASSERT(m_dwRef <= 1);
+    if (CurrentCount(m_dwRef) > 1)
+        DorlDisplayAssert("m_dwRef <= 1", "COMObject", __LINE__);
     __atomic_sub_fetch(&static_cast<long&>(LiveObjects()), 1, __ATOMIC_RELAXED);
 }
 
@@ -119,7 +123,8 @@ HRESULT CVeskCOMObject::InternalQueryInterface(const void* iid, void** ppv)
 ULONG CVeskCOMObject::InternalAddRef()
 {
     VESK_COM_ASSERT(GetInterfaceMap() != 0);
-    VESK_COM_ASSERT(m_dwRef != 0);
+    if (CurrentCount(m_dwRef) == 0)
+        DorlDisplayAssert("m_dwRef != 0", "COMObject", __LINE__);
     LONG count = InterlockedIncrement(&m_dwRef);
     if (this == s_pDebugObj) {
         if (s_pfnDebugCallback)
@@ -134,7 +139,7 @@ ULONG CVeskCOMObject::InternalRelease()
 {
     VESK_COM_ASSERT(GetInterfaceMap() != 0);
     // A disconnected object ignores releases.
-    if (m_dwRef == 0)
+    if (CurrentCount(m_dwRef) == 0)
         return 0;
     LONG count = InterlockedDecrement(&m_dwRef);
     if (this == s_pDebugObj) {
@@ -211,7 +216,7 @@ void CVeskCOMObject::EnableAggregation() { new (&m_xInnerUnknown.object) CInnerU
 
 void CVeskCOMObject::ExternalDisconnect()
 {
-    if (m_dwRef == 0)
+    if (CurrentCount(m_dwRef) == 0)
         return;
     IUnknown* lpUnknown = static_cast<IUnknown*>(GetInterface(&IID_IUnknown));
     VESK_COM_ASSERT(lpUnknown != 0);

@@ -25,11 +25,11 @@ class CTwoFaces : public CVeskCOMObject {
     VESK_DECLARE_INTERFACE_MAP(CTwoFaces)
 
     VESK_BEGIN_INTERFACE_PART(TestFirst, ITestFirst)
-    int STDMETHODCALLTYPE Which() override { return Owner()->m_nFirst; }
+        int STDMETHODCALLTYPE Which() override { return Owner()->m_nFirst; }
     VESK_END_INTERFACE_PART(TestFirst)
 
     VESK_BEGIN_INTERFACE_PART(TestSecond, ITestSecond)
-    int STDMETHODCALLTYPE Which() override { return Owner()->m_nSecond; }
+        int STDMETHODCALLTYPE Which() override { return Owner()->m_nSecond; }
     VESK_END_INTERFACE_PART(TestSecond)
 
     ~CTwoFaces() override { ++s_destroyed; }
@@ -43,8 +43,8 @@ class CTwoFaces : public CVeskCOMObject {
 };
 
 VESK_BEGIN_INTERFACE_MAP(CTwoFaces, CVeskCOMObject)
-VESK_INTERFACE(IID_ITestFirst, TestFirst)
-VESK_INTERFACE(IID_ITestSecond, TestSecond)
+    VESK_INTERFACE(IID_ITestFirst, TestFirst)
+    VESK_INTERFACE(IID_ITestSecond, TestSecond)
 VESK_END_INTERFACE_MAP()
 
 // A derived class whose own table comes first in the search; it also aggregates an inner object
@@ -53,7 +53,7 @@ class CDerived : public CTwoFaces {
     VESK_DECLARE_INTERFACE_MAP(CDerived)
 
     VESK_BEGIN_INTERFACE_PART(TestDerived, ITestFirst)
-    int STDMETHODCALLTYPE Which() override { return 3; }
+        int STDMETHODCALLTYPE Which() override { return 3; }
     VESK_END_INTERFACE_PART(TestDerived)
 
     ~CDerived() override
@@ -72,8 +72,8 @@ class CDerived : public CTwoFaces {
 };
 
 VESK_BEGIN_INTERFACE_MAP(CDerived, CTwoFaces)
-VESK_INTERFACE(IID_ITestDerived, TestDerived)
-VESK_AGGREGATE(m_pInner)
+    VESK_INTERFACE(IID_ITestDerived, TestDerived)
+    VESK_AGGREGATE(m_pInner)
 VESK_END_INTERFACE_MAP()
 
 // Aggregatable: an outer object holds its inner unknown.

@@ -1,0 +1,133 @@
+// Counts and the indirects' lock under several threads at once. These run in every build; the
+// thread sanitizer build is where a race among them is reported.
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include "support/VeskTest.h"
+
+using namespace vesk_test;
+
+namespace {
+
+class Concurrency : public StartedTest {};
+
+const IID IID_ITestShared = {0x5e5e0201, 0x0001, 0x0001, {1, 2, 3, 4, 5, 6, 7, 8}};
+
+std::atomic<int> s_finalReleases{0};
+
+class CShared : public CVeskCOMObject {
+    VESK_DECLARE_INTERFACE_MAP(CShared)
+    VESK_BEGIN_INTERFACE_PART(TestShared, IUnknown)
+    VESK_END_INTERFACE_PART(TestShared)
+    ~CShared() override { ++s_finalReleases; }
+    LONG Count() const { return m_dwRef; }
+};
+
+VESK_BEGIN_INTERFACE_MAP(CShared, CVeskCOMObject)
+    VESK_INTERFACE(IID_ITestShared, TestShared)
+VESK_END_INTERFACE_MAP()
+
+// Counts the calls that reach it through the chain of indirects.
+class CCounter : public CVeskSimpleCommandObject {
+public:
+    int STDMETHODCALLTYPE CallMethod(CVeskCommandContext*) override
+    {
+        calls.fetch_add(1);
+        return 1;
+    }
+    std::atomic<int> calls{0};
+};
+
+template <class Body> void OnThreads(int count, Body body)
+{
+    std::vector<std::thread> threads;
+    for (int t = 0; t < count; ++t)
+        threads.emplace_back(body, t);
+    for (std::thread& thread : threads)
+        thread.join();
+}
+
+} // namespace
+
+TEST_F(Concurrency, SharedObjectsKeepExactCounts)
+{
+    s_finalReleases = 0;
+    CShared* object = new CShared();
+    CVeskGdString* text = CVeskGdString::Allocate("shared");
+    CVeskGenericData* yes = CVeskGdBoolean::Allocate(1);
+    OnThreads(4, [&](int) {
+        for (int i = 0; i < 20000; ++i) {
+            void* pv = nullptr;
+            object->QueryInterface(&IID_ITestShared, &pv);
+            object->AddRef();
+            text->AddRef();
+            yes->AddRef();
+            static_cast<IUnknown*>(pv)->Release();
+            object->Release();
+            text->Release();
+            yes->Release();
+        }
+    });
+    EXPECT_EQ(object->Count(), 1);
+    EXPECT_EQ(text->AddRef(), 2u);
+    text->Release();
+    EXPECT_EQ(s_finalReleases, 0);
+
+    // The last of many releases on many threads finishes the object exactly once.
+    for (int i = 0; i < 3; ++i)
+        object->AddRef();
+    OnThreads(4, [&](int) { object->Release(); });
+    EXPECT_EQ(s_finalReleases, 1);
+    text->Release();
+}
+
+TEST_F(Concurrency, OneChainOfIndirectsServesReadersWritersAndCalls)
+{
+    CVeskGdIndirect* outer = CVeskGdIndirect::Allocate();
+    CVeskGdIndirect* middle = CVeskGdIndirect::Allocate();
+    CVeskGdIndirect* inner = CVeskGdIndirect::Allocate();
+    middle->SetValue(inner);
+    outer->SetValue(middle);
+    CCounter* counter = new CCounter();
+    CVeskGdObject* callable = CVeskGdObject::Allocate(counter, 1);
+    inner->SetValue(callable);
+
+    std::atomic<int> badReads{0};
+    std::atomic<int> calls{0};
+    OnThreads(4, [&](int role) {
+        for (int i = 0; i < 10000; ++i) {
+            if (role == 0) {
+                // Writes land in the innermost slot: a number, then the callable object again.
+                CVeskGdDouble* number = CVeskGdDouble::Allocate(i);
+                outer->SetValue(number);
+                number->Release();
+                middle->SetValue(callable);
+            } else if (role == 1) {
+                CVeskGenericData* value = outer->GetValue(1);
+                if (value->GetType() != CVeskGenericData::dtNumber &&
+                    value->GetType() != CVeskGenericData::dtObject)
+                    ++badReads;
+                value->Release();
+            } else {
+                CVeskCommandContext context;
+                if (outer->CallMethod(&context))
+                    ++calls;
+                CVeskGenericData* name = middle->GetProperty("name", 0);
+                if (name)
+                    name->Release();
+            }
+        }
+    });
+    EXPECT_EQ(badReads, 0);
+    EXPECT_EQ(counter->calls.load(), calls.load());
+    EXPECT_EQ(CVeskGdIndirect::GetLockDepth(), 0);
+    EXPECT_EQ(inner->GetValue(0), callable);
+
+    outer->Release();
+    middle->Release();
+    inner->Release();
+    EXPECT_EQ(callable->Release(), 0u);
+    EXPECT_EQ(counter->Release(), 0u);
+}
