@@ -9,6 +9,7 @@
 #include "vesk/GenericData.h"
 #include "vesk/VeskExport.h"
 
+class CVeskCOMObject;
 class CVeskGdIndirect;
 
 struct VESK_API CVeskCommandParam {
@@ -36,7 +37,9 @@ public:
     void AddParam(const CDorlString& name, CVeskGenericData* value);
     void AddParam(const CDorlString& name, double value);
     void AddParam(const CDorlString& name, const CDorlString& value);
-    void AddParam(const CDorlString& name, int value); // a Boolean, not a Number
+    void AddParam(const CDorlString& name, int value);             // a Boolean, not a Number
+    void AddParam(const CDorlString& name, IUnknown* value);       // an object value
+    void AddParam(const CDorlString& name, CVeskCOMObject* value); // an object value
     int GetNumParams() const;
 
     void SetCalledFunctionName(const CDorlString& name);
@@ -57,6 +60,17 @@ public:
     int GetParam(const char* name, CDorlString** ppTarget, int bOptional);
     // Any type; the reference moves to the caller.
     int GetParam(const char* name, CVeskGenericData** ppTarget, int bOptional);
+    // Objects: the target is in-out, and what it held is released first. Null is accepted
+    // wherever an object is asked and leaves the target null. The caller gets a reference.
+    int GetParam(const char* name, IUnknown** ppTarget, int bOptional);
+    int GetParam(const char* name, IVeskCommand** ppTarget, int bOptional);
+    // The interface iid of the object, or of its property sProperty (see
+    // CVeskGdObject::GetInterface).
+    int GetParam(const char* name, const GUID& iid, void** ppv, int bOptional,
+                 const CDorlString& sProperty);
+    // The caller's indirect when it passed one, so that a write reaches the caller; else a new
+    // indirect on the value. The caller gets the reference.
+    int GetParam(const char* name, CVeskGdIndirect** ppTarget, int bOptional);
 
     // 1 when the function may go on. bExtraPositional accepts positional parameters left over.
     int CanProceed(int bExtraPositional);
@@ -81,6 +95,10 @@ private:
     CVeskCommandParam* FetchForValue(const char* name, CVeskGenericData::DataType eType,
                                      const char* queryType, int bByReference, int bOptional);
     void Grow();
+    // The common start of the object overloads: the entry of an object to deliver, or null
+    // with the overload's result in result. The target is emptied whenever it will be written.
+    CVeskCommandParam* FetchObject(const char* name, const char* queryType, int bOptional,
+                                   void** ppTarget, int& result);
     void Fail();
     const char* FunctionName() const;
 

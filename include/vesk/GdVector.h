@@ -45,8 +45,8 @@ public:
     CVeskGenericData* Copy() override;
     int _IsEqual(CVeskGenericData* other) override;
     int _Assign(CVeskGenericData* other) override;
-    int _DescribeProperty(int index, CDorlString* name, CDorlString* description,
-                          CDorlString* type, CVeskPropertyEnum::ReadOnlyStatus* status) override;
+    int _DescribeProperty(int index, CDorlString* name, CDorlString* description, CDorlString* type,
+                          CVeskPropertyEnum::ReadOnlyStatus* status) override;
 
     CVeskGdVectorRep* m_pRep;
 };

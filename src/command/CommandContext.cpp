@@ -5,7 +5,10 @@
 
 #include <dorl/DorlDiag.h>
 
+#include "vesk/COMObject.h"
 #include "vesk/GdIndirect.h"
+#include "vesk/GdObject.h"
+#include "vesk/InterfaceIds.h"
 
 namespace {
 
@@ -87,7 +90,14 @@ void CVeskCommandContext::AddParamNoRef(const CDorlString& name, CVeskGenericDat
     param->m_bUsed = 0;
     param->m_pIndirect = nullptr;
     param->m_pValue = value;
-    param->m_eType = value->GetType();
+    if (value->GetType() == CVeskGenericData::dtIndirect) {
+        // The parameter is what the indirect refers to now; the indirect stays with it, so
+        // that the callee can write back to the caller.
+        CVeskGdIndirect* indirect = static_cast<CVeskGdIndirect*>(value);
+        param->m_pIndirect = indirect;
+        param->m_pValue = indirect->GetValue(1);
+    }
+    param->m_eType = param->m_pValue->GetType();
 }
 
 void CVeskCommandContext::AddParam(const CDorlString& name, CVeskGenericData* value)
@@ -109,6 +119,16 @@ void CVeskCommandContext::AddParam(const CDorlString& name, const CDorlString& v
 void CVeskCommandContext::AddParam(const CDorlString& name, int value)
 {
     AddParamNoRef(name, CVeskGdBoolean::Allocate(value));
+}
+
+void CVeskCommandContext::AddParam(const CDorlString& name, IUnknown* value)
+{
+    AddParamNoRef(name, CVeskGdObject::Allocate(value, 1));
+}
+
+void CVeskCommandContext::AddParam(const CDorlString& name, CVeskCOMObject* value)
+{
+    AddParamNoRef(name, CVeskGdObject::Allocate(value));
 }
 
 int CVeskCommandContext::GetNumParams() const
@@ -280,6 +300,106 @@ int CVeskCommandContext::GetParam(const char* name, CVeskGenericData** ppTarget,
     if (m_pQuery || !m_bDefaults)
         return 0;
     *ppTarget = CVeskGdNone::Allocate();
+    return 1;
+}
+
+CVeskCommandParam* CVeskCommandContext::FetchObject(const char* name, const char* queryType,
+                                                    int bOptional, void** ppTarget, int& result)
+{
+    result = 0;
+    if (m_pQuery) {
+        ReportParam(name, queryType, 0, bOptional);
+        return nullptr;
+    }
+    CVeskCommandParam* param = FetchParam(name, CVeskGenericData::dtObject, bOptional);
+    if (!param && !m_bDefaults)
+        return nullptr;
+    if (*ppTarget) {
+        static_cast<IUnknown*>(*ppTarget)->Release();
+        *ppTarget = nullptr;
+    }
+    result = 1;
+    // Null stands for no object wherever an object is asked.
+    if (!param || param->m_eType == CVeskGenericData::dtNull)
+        return nullptr;
+    return param;
+}
+
+int CVeskCommandContext::GetParam(const char* name, IUnknown** ppTarget, int bOptional)
+{
+    int result;
+    CVeskCommandParam* param =
+        FetchObject(name, "IUnknown", bOptional, reinterpret_cast<void**>(ppTarget), result);
+    if (!param)
+        return result;
+    IUnknown* object = static_cast<CVeskGdObject*>(param->m_pValue)->GetObjectA();
+    if (object)
+        object->AddRef();
+    *ppTarget = object;
+    return 1;
+}
+
+int CVeskCommandContext::GetParam(const char* name, IVeskCommand** ppTarget, int bOptional)
+{
+    int result;
+    CVeskCommandParam* param =
+        FetchObject(name, "IVeskCommand", bOptional, reinterpret_cast<void**>(ppTarget), result);
+    if (!param)
+        return result;
+    CVeskGdObject* value = static_cast<CVeskGdObject*>(param->m_pValue);
+    IVeskCommand* command = value->GetObjectA() ? value->GetIVeskCommand() : nullptr;
+    if (command) {
+        command->AddRef();
+        *ppTarget = command;
+        param->m_pValue = nullptr;
+        value->Release();
+        return 1;
+    }
+    if (!value->GetObjectA())
+        return 1;
+    OutputErrorString("Incorrect type for parameter '%s', expected IVeskCommand for function %s",
+                      NameText(name), FunctionName());
+    Fail();
+    return 0;
+}
+
+int CVeskCommandContext::GetParam(const char* name, const GUID& iid, void** ppv, int bOptional,
+                                  const CDorlString& sProperty)
+{
+    CDorlString interfaceText = VeskTranslateInterfaceId(iid);
+    if (!sProperty.IsEmpty())
+        interfaceText += "(" + sProperty + ")";
+    int result;
+    CVeskCommandParam* param = FetchObject(name, interfaceText, bOptional, ppv, result);
+    if (!param)
+        return result;
+    CVeskGdObject* value = static_cast<CVeskGdObject*>(param->m_pValue);
+    if (value->GetInterface(iid, ppv, sProperty) != E_NOINTERFACE || !value->GetObjectA())
+        return 1;
+    OutputErrorString("Incorrect type for parameter '%s', expected %s for function %s",
+                      NameText(name), static_cast<const char*>(interfaceText), FunctionName());
+    Fail();
+    return 0;
+}
+
+int CVeskCommandContext::GetParam(const char* name, CVeskGdIndirect** ppTarget, int bOptional)
+{
+    CVeskCommandParam* param = FetchForValue(name, CVeskGenericData::dtNone, "Any", 1, bOptional);
+    if (param) {
+        if (param->m_pIndirect) {
+            *ppTarget = param->m_pIndirect;
+            param->m_pIndirect = nullptr;
+            return 1;
+        }
+        // Passed directly: a new indirect that writes no further than itself.
+        CVeskGdIndirect* indirect = CVeskGdIndirect::Allocate();
+        indirect->SetValue(param->m_pValue);
+        *ppTarget = indirect;
+        return 1;
+    }
+    if (m_pQuery || !m_bDefaults)
+        return 0;
+    *ppTarget = CVeskGdIndirect::Allocate();
     return 1;
 }
 
