@@ -7,6 +7,7 @@
 #include <dorl/DorlProbe.h>
 #include <standin/Sync.h>
 
+#include "command/CommandQuery.h"
 #include "data/GdInternal.h"
 #include "frame/InterfaceNames.h"
 #include "vesk/GdIndirect.h"
@@ -104,11 +105,7 @@ CVeskGenericData::~CVeskGenericData() = default;
 
 HRESULT CVeskGenericData::QueryInterface(REFIID iid, void** ppv)
 {
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IVeskCommand))
-        return E_NOINTERFACE;
-    *ppv = static_cast<IVeskCommand*>(this);
-    AddRef();
-    return S_OK;
+    return vesk::QueryCommandInterface(this, iid, ppv);
 }
 
 ULONG CVeskGenericData::AddRef()
