@@ -11,6 +11,7 @@
 #include "vesk/FunctionObj.h"
 #include "vesk/GdIndirect.h"
 #include "vesk/GdObject.h"
+#include "vesk/GdVector.h"
 #include "vesk/GenericData.h"
 #include "vesk/InterfaceIds.h"
 #include "vesk/VeskExport.h"

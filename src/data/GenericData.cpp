@@ -12,6 +12,7 @@
 #include "frame/InterfaceNames.h"
 #include "vesk/GdIndirect.h"
 #include "vesk/GdObject.h"
+#include "vesk/GdVector.h"
 #include "vesk/InterfaceIds.h"
 
 static_assert(sizeof(long) == sizeof(void*), "a proxy type holds the address of a class table");
@@ -64,6 +65,7 @@ void VeskStartup()
     VeskGdNoneProxyType = SampleProxyType(CVeskGdNone::Allocate());
     VeskGdObjectProxyType = SampleProxyType(CVeskGdObject::Allocate(nullptr, 1));
     VeskGdIndirectProxyType = SampleProxyType(CVeskGdIndirect::Allocate());
+    VeskGdVectorProxyType = SampleProxyType(CVeskGdVector::Allocate(0));
     vesk::RegisterStandardInterfaceNames();
 }
 
@@ -196,6 +198,8 @@ CVeskGenericData* CVeskGenericData::GenericAllocate(DataType type)
         return CVeskGdDouble::Allocate(0.0);
     case dtString:
         return CVeskGdString::Allocate("");
+    case dtVector:
+        return CVeskGdVector::Allocate(0);
     case dtNone:
         return CVeskGdNone::Allocate();
     default:
