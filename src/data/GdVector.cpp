@@ -301,6 +301,9 @@ void CVeskGdVector::Write(CDorlArchive& archive) const
 
 void CVeskGdVector::Read(CDorlArchive& archive)
 {
+    vesk::ArchiveNesting nesting;
+    if (nesting.TooDeep(archive))
+        return;
     int count = 0;
     archive >> count;
     // Every element takes at least its type byte, so a larger count comes from a damaged

@@ -459,4 +459,16 @@ TEST_F(Vector, ArchiveFormReadsBackNestedVectors)
     CDorlArchive hugeIn(huge.GetData(), huge.GetSize());
     hugeIn >> *read;
     EXPECT_EQ(read->m_pRep, nullptr);
+
+    // Nesting deep enough to exhaust the stack is given up with a message, not followed.
+    CDorlArchive deep;
+    for (int level = 0; level < 100000; ++level)
+        deep << 1 << static_cast<unsigned char>(CVeskGenericData::dtVector);
+    deep << 0;
+    CDorlArchive deepIn(deep.GetData(), deep.GetSize());
+    capture.Clear();
+    deepIn >> *read;
+    EXPECT_EQ(capture.AllDumps(), "Archive nested deeper than 256 levels: the rest is not read\n");
+    EXPECT_TRUE(deepIn.HasFailed());
+    EXPECT_EQ(read->GetSize(), 1);
 }
