@@ -62,9 +62,9 @@ public:
 TEST_F(ObjectParams, NullAndEmptyObjectsGiveNoObjectAndNoMessage)
 {
     Watched context;
-    context.AddParam("empty", CVeskGdObject::Allocate(nullptr, 1));
+    context.AddParamNoRef("empty", CVeskGdObject::Allocate(nullptr, 1));
     context.AddParam("null", CVeskGdNull::Allocate());
-    context.AddParam("empty2", CVeskGdObject::Allocate(nullptr, 1));
+    context.AddParamNoRef("empty2", CVeskGdObject::Allocate(nullptr, 1));
     IUnknown* unknown = nullptr;
     IVeskCommand* command = nullptr;
     void* pv = nullptr;
