@@ -1,7 +1,8 @@
-// Counts and the indirects' lock under several threads at once. These run in every build; the
-// thread sanitizer build is where a race among them is reported.
+// Counts and the locks of indirects and associative arrays under several threads at once. These run
+// in every build; the thread sanitizer build is where a race among them is reported.
 
 #include <atomic>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -130,4 +131,48 @@ TEST_F(Concurrency, OneChainOfIndirectsServesReadersWritersAndCalls)
     inner->Release();
     EXPECT_EQ(callable->Release(), 0u);
     EXPECT_EQ(counter->Release(), 0u);
+}
+
+TEST_F(Concurrency, OneAssociativeArrayServesWritersAndReaders)
+{
+    const int keys = 16;
+    const int rounds = 5000;
+    CVeskGdDouble* zero = CVeskGdDouble::Allocate(0);
+    VeskAssocArray* array = new VeskAssocArray(zero);
+    zero->Release();
+    IVeskCommand* object = &array->m_xCommand;
+    auto key = [](int i) { return CDorlString(std::to_string(i % keys).c_str()); };
+
+    std::atomic<int> badReads{0};
+    OnThreads(4, [&](int role) {
+        for (int i = 0; i < rounds; ++i) {
+            if (role < 2) {
+                // Overlapping keys; every third store is the default and deletes the key. The
+                // last round of each writer stores its own mark under every key.
+                double number = i >= rounds - keys ? 1000 * (role + 1) : (i % 3 ? i : 0);
+                CVeskGdDouble* value = CVeskGdDouble::Allocate(number);
+                object->SetProperty(key(i), value);
+                value->Release();
+            } else {
+                CVeskGenericData* value = object->GetProperty(key(i), 0);
+                CVeskGenericData* size = object->GetProperty(role == 2 ? "*size" : "*last", 0);
+                if (value->GetType() != CVeskGenericData::dtNumber)
+                    ++badReads;
+                if (role == 2 && static_cast<CVeskGdDouble*>(size)->m_dValue > keys)
+                    ++badReads;
+                value->Release();
+                size->Release();
+            }
+        }
+    });
+    EXPECT_EQ(badReads, 0);
+    EXPECT_EQ(VeskAssocArray::GetLockDepth(), 0);
+    EXPECT_EQ(array->Size(), keys);
+    for (int i = 0; i < keys; ++i) {
+        CVeskGenericData* value = object->GetProperty(key(i), 0);
+        double number = static_cast<CVeskGdDouble*>(value)->m_dValue;
+        EXPECT_TRUE(number == 1000 || number == 2000) << number;
+        value->Release();
+    }
+    EXPECT_EQ(array->Release(), 0u);
 }
