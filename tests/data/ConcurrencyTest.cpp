@@ -147,32 +147,27 @@ TEST_F(Concurrency, OneAssociativeArrayServesWritersAndReaders)
     OnThreads(4, [&](int role) {
         for (int i = 0; i < rounds; ++i) {
             if (role < 2) {
-                // Overlapping keys; every third store is the default and deletes the key. The
-                // last round of each writer stores its own mark under every key.
+                // Every third store is the default and deletes the key. The last round of each
+                // writer stores its own mark under every key.
                 double number = i >= rounds - keys ? 1000 * (role + 1) : (i % 3 ? i : 0);
-                CVeskGdDouble* value = CVeskGdDouble::Allocate(number);
-                object->SetProperty(key(i), value);
-                value->Release();
-            } else {
-                CVeskGenericData* value = object->GetProperty(key(i), 0);
-                CVeskGenericData* size = object->GetProperty(role == 2 ? "*size" : "*last", 0);
-                if (value->GetType() != CVeskGenericData::dtNumber)
-                    ++badReads;
-                if (role == 2 && static_cast<CVeskGdDouble*>(size)->m_dValue > keys)
-                    ++badReads;
-                value->Release();
-                size->Release();
+                Ref<CVeskGdDouble> value(CVeskGdDouble::Allocate(number));
+                object->SetProperty(key(i), value.get());
+                continue;
             }
+            Ref<CVeskGenericData> value(object->GetProperty(key(i), 0));
+            Ref<CVeskGenericData> size(object->GetProperty("*size", 0));
+            if (value->GetType() != CVeskGenericData::dtNumber ||
+                static_cast<CVeskGdDouble*>(size.get())->m_dValue > keys)
+                ++badReads;
         }
     });
     EXPECT_EQ(badReads, 0);
     EXPECT_EQ(VeskAssocArray::GetLockDepth(), 0);
     EXPECT_EQ(array->Size(), keys);
     for (int i = 0; i < keys; ++i) {
-        CVeskGenericData* value = object->GetProperty(key(i), 0);
-        double number = static_cast<CVeskGdDouble*>(value)->m_dValue;
+        Ref<CVeskGenericData> value(object->GetProperty(key(i), 0));
+        double number = static_cast<CVeskGdDouble*>(value.get())->m_dValue;
         EXPECT_TRUE(number == 1000 || number == 2000) << number;
-        value->Release();
     }
     EXPECT_EQ(array->Release(), 0u);
 }
