@@ -13,6 +13,7 @@
 #include "vesk/GdIndirect.h"
 #include "vesk/GdObject.h"
 #include "vesk/GdSerialiser.h"
+#include "vesk/GdVector.h"
 #include "vesk/GenericData.h"
 #include "vesk/InterfaceIds.h"
 #include "vesk/VeskExport.h"

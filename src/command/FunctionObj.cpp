@@ -3,6 +3,7 @@
 #include <dorl/DorlDiag.h>
 #include <standin/Sync.h>
 
+#include "command/CommandQuery.h"
 #include "vesk/CommandContext.h"
 #include "vesk/GenericData.h"
 #include "vesk/InterfaceIds.h"
@@ -21,11 +22,7 @@ CVeskSimpleCommandObject::~CVeskSimpleCommandObject() = default;
 
 HRESULT CVeskSimpleCommandObject::QueryInterface(REFIID iid, void** ppv)
 {
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IVeskCommand))
-        return E_NOINTERFACE;
-    *ppv = static_cast<IVeskCommand*>(this);
-    AddRef();
-    return S_OK;
+    return vesk::QueryCommandInterface(this, iid, ppv);
 }
 
 ULONG CVeskSimpleCommandObject::AddRef()

@@ -190,6 +190,9 @@ void CVeskGdIndirect::Write(CDorlArchive& archive) const
 
 void CVeskGdIndirect::Read(CDorlArchive& archive)
 {
+    vesk::ArchiveNesting nesting;
+    if (nesting.TooDeep(archive))
+        return;
     int bHasValue = 0;
     unsigned int flags = 0;
     archive >> bHasValue >> flags;

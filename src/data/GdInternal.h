@@ -40,4 +40,35 @@ CVeskGenericData* SharedName(CVeskGdString& name);
 // The first Boolean registers the process information handler that prints the counters.
 void RegisterGenericDataInfoHandler();
 
+// The archive forms nest (vectors in vectors, indirects onto vectors). A damaged or hostile
+// archive could nest deep enough to exhaust the stack, so a reader gives the archive up past
+// this depth; no archive that the library writes from a real value comes near it.
+class ArchiveNesting {
+public:
+    static constexpr int kMaxDepth = 256;
+
+    ArchiveNesting() { ++Depth(); }
+    ~ArchiveNesting() { --Depth(); }
+    ArchiveNesting(const ArchiveNesting&) = delete;
+    ArchiveNesting& operator=(const ArchiveNesting&) = delete;
+
+    // Reports and abandons the archive when the reader is too deep.
+    bool TooDeep(CDorlArchive& archive) const
+    {
+        if (Depth() <= kMaxDepth)
+            return false;
+        if (!archive.HasFailed())
+            DorlDump("Archive nested deeper than %d levels: the rest is not read\n", kMaxDepth);
+        archive.SkipRest();
+        return true;
+    }
+
+private:
+    static int& Depth()
+    {
+        static thread_local int s_depth = 0;
+        return s_depth;
+    }
+};
+
 } // namespace vesk

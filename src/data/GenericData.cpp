@@ -7,10 +7,12 @@
 #include <dorl/DorlProbe.h>
 #include <standin/Sync.h>
 
+#include "command/CommandQuery.h"
 #include "data/GdInternal.h"
 #include "frame/InterfaceNames.h"
 #include "vesk/GdIndirect.h"
 #include "vesk/GdObject.h"
+#include "vesk/GdVector.h"
 #include "vesk/InterfaceIds.h"
 
 static_assert(sizeof(long) == sizeof(void*), "a proxy type holds the address of a class table");
@@ -63,6 +65,7 @@ void VeskStartup()
     VeskGdNoneProxyType = SampleProxyType(CVeskGdNone::Allocate());
     VeskGdObjectProxyType = SampleProxyType(CVeskGdObject::Allocate(nullptr, 1));
     VeskGdIndirectProxyType = SampleProxyType(CVeskGdIndirect::Allocate());
+    VeskGdVectorProxyType = SampleProxyType(CVeskGdVector::Allocate(0));
     vesk::RegisterStandardInterfaceNames();
 }
 
@@ -104,11 +107,7 @@ CVeskGenericData::~CVeskGenericData() = default;
 
 HRESULT CVeskGenericData::QueryInterface(REFIID iid, void** ppv)
 {
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IVeskCommand))
-        return E_NOINTERFACE;
-    *ppv = static_cast<IVeskCommand*>(this);
-    AddRef();
-    return S_OK;
+    return vesk::QueryCommandInterface(this, iid, ppv);
 }
 
 ULONG CVeskGenericData::AddRef()
@@ -199,6 +198,8 @@ CVeskGenericData* CVeskGenericData::GenericAllocate(DataType type)
         return CVeskGdDouble::Allocate(0.0);
     case dtString:
         return CVeskGdString::Allocate("");
+    case dtVector:
+        return CVeskGdVector::Allocate(0);
     case dtNone:
         return CVeskGdNone::Allocate();
     default:

@@ -2,8 +2,6 @@
 #include <utility>
 #include <vector>
 
-#include <vesk/GdVector.h>
-
 #include "support/VeskTest.h"
 
 using namespace vesk_test;

@@ -133,6 +133,39 @@ TEST_F(Concurrency, OneChainOfIndirectsServesReadersWritersAndCalls)
     EXPECT_EQ(counter->Release(), 0u);
 }
 
+TEST_F(Concurrency, VectorsSharingABlockAreCopiedAndDroppedOnManyThreads)
+{
+    long vectors = Probe("Vector");
+    long doubles = Probe("Double");
+    CVeskGdVector* shared = CVeskGdVector::Allocate(0);
+    for (int i = 0; i < 16; ++i) {
+        CVeskGdDouble* number = CVeskGdDouble::Allocate(i);
+        shared->SetElement(i, number);
+        number->Release();
+    }
+
+    std::atomic<int> wrongReads{0};
+    OnThreads(4, [&](int role) {
+        for (int i = 0; i < 5000; ++i) {
+            CVeskGdVector* copy = static_cast<CVeskGdVector*>(shared->Copy());
+            CVeskGenericData* element = copy->GetElement(i % 16);
+            if (static_cast<CVeskGdDouble*>(element)->m_dValue != i % 16)
+                ++wrongReads;
+            element->Release();
+            // Half the threads make their copy private, cloning the block the others share.
+            if (role % 2)
+                copy->SetElement(i % 16, CVeskGdBoolean::Allocate(1));
+            copy->Release();
+        }
+    });
+    EXPECT_EQ(wrongReads, 0);
+    EXPECT_EQ(shared->m_pRep->m_nRefCount, 1);
+    EXPECT_EQ(Printed(shared), "[0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15]");
+    shared->Release();
+    EXPECT_EQ(Probe("Vector"), vectors);
+    EXPECT_EQ(Probe("Double"), doubles);
+}
+
 TEST_F(Concurrency, OneAssociativeArrayServesWritersAndReaders)
 {
     const int keys = 16;

@@ -17,11 +17,11 @@ TEST(GenericDataStartup, ProxyTypesAreZeroUntilTheStartupRoutineRuns)
     EXPECT_EQ(VeskGetGdProxyType(number.get()), VeskGdDoubleProxyType);
 
     // Each class has its own word, and a value matches only its own class.
-    long types[] = {VeskGdDoubleProxyType,  VeskGdStringProxyType, VeskGdBooleanProxyType,
-                    VeskGdNullProxyType,    VeskGdNoneProxyType,   VeskGdObjectProxyType,
-                    VeskGdIndirectProxyType};
-    for (size_t i = 0; i < 7; ++i)
-        for (size_t j = i + 1; j < 7; ++j)
+    long types[] = {VeskGdDoubleProxyType,   VeskGdStringProxyType, VeskGdBooleanProxyType,
+                    VeskGdNullProxyType,     VeskGdNoneProxyType,   VeskGdObjectProxyType,
+                    VeskGdIndirectProxyType, VeskGdVectorProxyType};
+    for (size_t i = 0; i < 8; ++i)
+        for (size_t j = i + 1; j < 8; ++j)
             EXPECT_NE(types[i], types[j]);
     Ref<CVeskGenericData> text(CVeskGdString::Allocate("x"));
     EXPECT_TRUE(VeskIsGdString(text.get()));
@@ -35,6 +35,9 @@ TEST(GenericDataStartup, ProxyTypesAreZeroUntilTheStartupRoutineRuns)
     EXPECT_TRUE(VeskIsGdIndirect(indirect.get()));
     EXPECT_TRUE(VeskIsGdObject(object.get()));
     EXPECT_FALSE(VeskIsGdObject(indirect.get()));
+    Ref<CVeskGenericData> vector(CVeskGenericData::GenericAllocate(CVeskGenericData::dtVector));
+    EXPECT_TRUE(VeskIsGdVector(vector.get()));
+    EXPECT_FALSE(VeskIsGdVector(indirect.get()));
 
     // The start-up routine also names the framework's interfaces.
     EXPECT_STREQ(VeskTranslateInterfaceId(IID_IVeskCommand), "IVeskCommand");

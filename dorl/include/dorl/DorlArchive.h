@@ -37,6 +37,9 @@ public:
     void Write(const void* data, size_t size);
     size_t Read(void* out, size_t size);
     size_t GetRemaining() const { return m_data.size() - m_readPos; }
+    // Gives up what is left, for a reader that finds the data damaged: the rest reads as zero
+    // or empty and the archive counts as failed.
+    void SkipRest();
 
     CDorlArchive& operator<<(int value);
     CDorlArchive& operator<<(unsigned int value);
@@ -50,7 +53,6 @@ public:
 private:
     void WriteUInt32(uint32_t value);
     uint32_t ReadUInt32();
-    void SkipRest();
 
     std::vector<unsigned char> m_data;
     size_t m_readPos = 0;

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "vesk/Command.h"
+#include "vesk/InterfaceIds.h"
+
+namespace vesk {
+
+// How an object that implements IVeskCommand directly answers QueryInterface: the protocol and
+// IUnknown, both as the object itself, and nothing else.
+inline HRESULT QueryCommandInterface(IVeskCommand* object, REFIID iid, void** ppv)
+{
+    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IVeskCommand))
+        return E_NOINTERFACE;
+    *ppv = object;
+    object->AddRef();
+    return S_OK;
+}
+
+} // namespace vesk
