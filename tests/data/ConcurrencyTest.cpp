@@ -1,7 +1,8 @@
-// Counts and the indirects' lock under several threads at once. These run in every build; the
-// thread sanitizer build is where a race among them is reported.
+// Counts and the locks of indirects and associative arrays under several threads at once. These run
+// in every build; the thread sanitizer build is where a race among them is reported.
 
 #include <atomic>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -163,4 +164,43 @@ TEST_F(Concurrency, VectorsSharingABlockAreCopiedAndDroppedOnManyThreads)
     shared->Release();
     EXPECT_EQ(Probe("Vector"), vectors);
     EXPECT_EQ(Probe("Double"), doubles);
+}
+
+TEST_F(Concurrency, OneAssociativeArrayServesWritersAndReaders)
+{
+    const int keys = 16;
+    const int rounds = 5000;
+    CVeskGdDouble* zero = CVeskGdDouble::Allocate(0);
+    VeskAssocArray* array = new VeskAssocArray(zero);
+    zero->Release();
+    IVeskCommand* object = &array->m_xCommand;
+    auto key = [](int i) { return CDorlString(std::to_string(i % keys).c_str()); };
+
+    std::atomic<int> badReads{0};
+    OnThreads(4, [&](int role) {
+        for (int i = 0; i < rounds; ++i) {
+            if (role < 2) {
+                // Every third store is the default and deletes the key. The last round of each
+                // writer stores its own mark under every key.
+                double number = i >= rounds - keys ? 1000 * (role + 1) : (i % 3 ? i : 0);
+                Ref<CVeskGdDouble> value(CVeskGdDouble::Allocate(number));
+                object->SetProperty(key(i), value.get());
+                continue;
+            }
+            Ref<CVeskGenericData> value(object->GetProperty(key(i), 0));
+            Ref<CVeskGenericData> size(object->GetProperty("*size", 0));
+            if (value->GetType() != CVeskGenericData::dtNumber ||
+                static_cast<CVeskGdDouble*>(size.get())->m_dValue > keys)
+                ++badReads;
+        }
+    });
+    EXPECT_EQ(badReads, 0);
+    EXPECT_EQ(VeskAssocArray::GetLockDepth(), 0);
+    EXPECT_EQ(array->Size(), keys);
+    for (int i = 0; i < keys; ++i) {
+        Ref<CVeskGenericData> value(object->GetProperty(key(i), 0));
+        double number = static_cast<CVeskGdDouble*>(value.get())->m_dValue;
+        EXPECT_TRUE(number == 1000 || number == 2000) << number;
+    }
+    EXPECT_EQ(array->Release(), 0u);
 }
