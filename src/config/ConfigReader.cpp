@@ -246,7 +246,7 @@ CVeskGenericData* VeskConfigReader::ReadNumberValue()
     }
     token[length] = 0;
 
-    double value;
+    uint64_t bits;
     if (token[0] == 'X') {
         if (length != 17) {
             ReportError("Invalid hexadecimally encoded number");
@@ -254,13 +254,13 @@ CVeskGenericData* VeskConfigReader::ReadNumberValue()
         }
         unsigned char bytes[8] = {};
         CDorlBinStringRaw::FromString(token + 1, 8, bytes);
-        uint64_t bits = 0;
+        bits = 0;
         for (unsigned char byte : bytes)
             bits = bits << 8 | byte;
-        std::memcpy(&value, &bits, sizeof value);
     } else {
         char* end;
-        value = vesk_config::ParseDouble(token, &end);
+        double value = vesk_config::ParseDouble(token, &end);
+        std::memcpy(&bits, &value, sizeof bits);
         // Measured against the length: a zero byte in the token is left over too.
         if (end != token + length) {
             ReportError("Invalid number");
@@ -279,7 +279,11 @@ CVeskGenericData* VeskConfigReader::ReadNumberValue()
     } else if (c >= 0) {
         UngetChar();
     }
-    return CVeskGdDouble::Allocate(value);
+    // The bits go in as bytes: passing a double by value through the x87 unit of the i386
+    // build would quieten a signalling NaN.
+    CVeskGdDouble* number = CVeskGdDouble::Allocate(0);
+    std::memcpy(&number->m_dValue, &bits, sizeof bits);
+    return number;
 }
 
 bool VeskConfigReader::ReadLabel(CDorlString* pLabel, bool* pbNumeric)

@@ -38,7 +38,8 @@ public:
     void WriteEncodedText(const char* text, int length, bool bForceQuotes);
 
 private:
-    void WriteNumber(double value);
+    // By reference, so that the bits of a signalling NaN reach the text unchanged.
+    void WriteNumber(const double& value);
     bool WriteVector(CVeskGdVector* vector, int indent, char fill, int step);
     bool WriteObject(CVeskGenericData* object, int indent, char fill, int step);
 
@@ -85,7 +86,7 @@ bool Writer::WriteValue(CVeskGenericData* value, int indent, char fill, int step
     return true;
 }
 
-void Writer::WriteNumber(double value)
+void Writer::WriteNumber(const double& value)
 {
     // Compared as doubles before converting: out of range, the conversion is undefined.
     if (value > -2147483649.0 && value < 2147483648.0) {
