@@ -2,19 +2,33 @@
 # Sets up what is missing, then builds and tests Vesk in every configuration: native x86-64,
 # 32-bit i386, AddressSanitizer + UndefinedBehaviorSanitizer, and ThreadSanitizer. Also checks
 # that an outside project builds against the library through find_package, add_subdirectory and
-# pkg-config.
-# VESK_LEGS="native asan" limits the configurations.
+# pkg-config, and fuzzes the text readers for a minute each.
+# VESK_LEGS="native asan" limits the configurations; VESK_FUZZ_SECONDS sets the fuzzing time.
 set -uo pipefail
 cd "$(dirname "$0")"
 scripts/install-deps.sh || exit 1
 
-legs=${VESK_LEGS:-"native i386 asan tsan"}
+legs=${VESK_LEGS:-"native i386 asan tsan fuzz"}
+fuzz_seconds=${VESK_FUZZ_SECONDS:-60}
 passed=0
 failed=0
 status=0
 logdir=$(mktemp -d)
 
 for leg in $legs; do
+    if [ "$leg" = fuzz ]; then
+        echo "=== fuzz: ${fuzz_seconds}s per target (clang, ASan+UBSan)"
+        if scripts/fuzz.sh "$fuzz_seconds" >"$logdir/fuzz" 2>&1; then
+            passed=$((passed + 1))
+            grep -E '^Done [0-9]+ runs' "$logdir/fuzz" | tail -n 1
+        else
+            tail -n 40 "$logdir/fuzz"
+            echo "=== fuzz FAILED"
+            failed=$((failed + 1))
+            status=1
+        fi
+        continue
+    fi
     echo "=== $leg: build"
     if ! cmake --preset "$leg" >"$logdir/$leg.configure" 2>&1; then
         cat "$logdir/$leg.configure"
@@ -63,6 +77,6 @@ esac
 
 rm -rf "$logdir"
 echo
-echo "all configurations ($legs + consumer):"
+echo "all configurations ($legs):"
 echo "$passed passed, $failed failed"
 exit $status

@@ -106,3 +106,6 @@ VESK_API CVeskGenericData* VeskReadConfigString(const CDorlString& text);
 // file keeps its permissions. False only when the file cannot be written at all; a failure
 // later is reported through DorlDump and leaves the old file as it was.
 VESK_API bool VeskWriteConfigFile(const char* path, CVeskGenericData* value);
+// Writes the value's text to an open stream, as VeskWriteConfigFile puts it in a file. False when
+// the value nests too deeply for the format or the stream refused the text.
+VESK_API bool VeskWriteConfigStream(FILE* stream, CVeskGenericData* value);

@@ -333,3 +333,10 @@ bool VeskWriteConfigFile(const char* path, CVeskGenericData* value)
     SyncDirectoryOf(target);
     return true;
 }
+
+bool VeskWriteConfigStream(FILE* stream, CVeskGenericData* value)
+{
+    Writer writer(stream);
+    bool bComplete = writer.WriteValue(value, 0, '\t', 1);
+    return bComplete && fflush(stream) == 0 && !ferror(stream);
+}
