@@ -9,6 +9,7 @@
 #include "vesk/Command.h"
 #include "vesk/CommandContext.h"
 #include "vesk/ConfigFile.h"
+#include "vesk/ConfigText.h"
 #include "vesk/FunctionObj.h"
 #include "vesk/GdContainer.h"
 #include "vesk/GdIndirect.h"
