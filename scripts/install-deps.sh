@@ -2,7 +2,8 @@
 # Installs the Debian packages that building and testing Vesk needs, when any is missing.
 set -euo pipefail
 
-packages=(cmake ninja-build g++ g++-multilib libgtest-dev libbenchmark-dev pkg-config)
+packages=(cmake ninja-build g++ g++-multilib libgtest-dev libbenchmark-dev pkg-config
+          clang libclang-rt-14-dev)
 
 missing=()
 for package in "${packages[@]}"; do
