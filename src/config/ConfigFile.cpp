@@ -9,11 +9,6 @@
 #include "vesk/GdContainer.h"
 #include "vesk/GdObject.h"
 
-// The text format is built beside this file. Until it is part of the library its functions may
-// be absent, and the library must still link for everything else.
-#pragma weak VeskReadConfigFile
-#pragma weak VeskWriteConfigFile
-
 namespace {
 
 // A section the way the text reader makes one, so that created and read sections behave alike.
