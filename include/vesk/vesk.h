@@ -8,6 +8,7 @@
 #include "vesk/COMObject.h"
 #include "vesk/Command.h"
 #include "vesk/CommandContext.h"
+#include "vesk/ConfigFile.h"
 #include "vesk/ConfigText.h"
 #include "vesk/FunctionObj.h"
 #include "vesk/GdContainer.h"
