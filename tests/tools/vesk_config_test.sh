@@ -34,6 +34,8 @@ expect "get a boolean" 0 "false" -- "$vesk" config get "$cfg" window maximised
 expect "get by dotted path" 0 "2.5" -- "$vesk" config get "$cfg" network timeout
 expect "get a missing entry" 1 "" -- "$vesk" config get "$cfg" window depth
 expect "keys of a section" 0 "$(printf 'height\nmaximised\ntitle\nwidth')" -- "$vesk" config keys "$cfg" window
+expect "get a vector element" 0 "/home/user/plan.cfg" -- "$vesk" config get "$cfg" recent 2
+expect "keys of a vector" 0 "$(printf '1\n2')" -- "$vesk" config keys "$cfg" recent
 expect "keys of the root" 0 "$(printf 'network\nrecent\nwindow')" -- "$vesk" config keys "$cfg"
 
 expect "set infers a number" 0 "" -- "$vesk" config set "$cfg" window width 800

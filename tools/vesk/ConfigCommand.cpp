@@ -84,6 +84,27 @@ private:
     CVeskGenericData* m_pValue;
 };
 
+// A vector's element by the label that the text gives it, counted from 1; null for any other
+// name. A new reference.
+CVeskGenericData* ElementByLabel(CVeskGenericData* vector, const char* label)
+{
+    char* end = nullptr;
+    long index = std::strtol(label, &end, 10);
+    if (*label < '1' || *label > '9' || *end || index > 0x7fffffff)
+        return nullptr;
+    return static_cast<CVeskGdVector*>(vector)->GetElement(static_cast<int>(index - 1));
+}
+
+// A child of a section: a property of an object, an element of a vector. A new reference.
+CVeskGenericData* ChildOf(CVeskGenericData* section, const char* name)
+{
+    if (section->GetType() == CVeskGenericData::dtVector)
+        return ElementByLabel(section, name);
+    if (section->GetType() == CVeskGenericData::dtObject)
+        return section->GetProperty(name, 0);
+    return nullptr;
+}
+
 // The section at path below root, walked as the configuration cursor walks it; null when the
 // path leads nowhere. A new reference.
 CVeskGenericData* FindSection(CVeskGenericData* root, const char* path)
@@ -91,11 +112,9 @@ CVeskGenericData* FindSection(CVeskGenericData* root, const char* path)
     root->AddRef();
     Held level(root);
     std::string names(path);
-    for (char* name = std::strtok(names.data(), "/\\."); name; name = std::strtok(nullptr, "/\\.")) {
-        if (level.get()->GetType() != CVeskGenericData::dtObject &&
-            level.get()->GetType() != CVeskGenericData::dtVector)
-            return nullptr;
-        CVeskGenericData* child = level.get()->GetProperty(name, 0);
+    for (char* name = std::strtok(names.data(), "/\\."); name;
+         name = std::strtok(nullptr, "/\\.")) {
+        CVeskGenericData* child = ChildOf(level.get(), name);
         if (!child)
             return nullptr;
         level.reset(child);
@@ -109,7 +128,7 @@ CVeskGenericData* FindSection(CVeskGenericData* root, const char* path)
 // entry at all.
 CVeskGenericData* FindEntry(CVeskGenericData* section, const char* key)
 {
-    CVeskGenericData* entry = section->GetProperty(key, 0);
+    CVeskGenericData* entry = ChildOf(section, key);
     if (!entry || section->GetType() != CVeskGenericData::dtObject)
         return entry;
     Held fallback(section->GetProperty("*default", 0));
@@ -260,7 +279,7 @@ int Keys(int argc, char** argv)
     CVeskGenericData* value = section.get();
     if (value->GetType() == CVeskGenericData::dtVector) {
         int size = static_cast<CVeskGdVector*>(value)->GetSize();
-        for (int i = 0; i < size; ++i)
+        for (int i = 1; i <= size; ++i)
             std::printf("%d\n", i);
         return 0;
     }
