@@ -160,8 +160,8 @@ TEST_F(Vector, SizeGrowsWithNoneAndShrinksByReleasing)
     EXPECT_EQ(vector->SetElement(-1, one.get()), 0);
     EXPECT_EQ(vector->m_pRep, nullptr);
     EXPECT_EQ(vector->SetElement(5, one.get()), 1);
-    EXPECT_EQ(Printed(vector.get()), "[None, None, None, None, None, 1]");
     EXPECT_EQ(Element(vector.get(), 5), one.get());
+    EXPECT_EQ(Printed(vector.get()), "[None, None, None, None, None, 1]");
     EXPECT_EQ(vector->GetElement(6), nullptr);
 
     vector->SetSize(2);
@@ -185,10 +185,8 @@ TEST_F(Vector, SizeGrowsWithNoneAndShrinksByReleasing)
 
 TEST_F(Vector, EqualityComparesBlocksThenElements)
 {
-    Ref<CVeskGdVector> empty1(CVeskGdVector::Allocate(0));
-    Ref<CVeskGdVector> empty2(CVeskGdVector::Allocate(0));
-    Ref<CVeskGdVector> none1(CVeskGdVector::Allocate(1));
-    Ref<CVeskGdVector> none2(CVeskGdVector::Allocate(1));
+    Ref<CVeskGdVector> empty1(CVeskGdVector::Allocate(0)), empty2(CVeskGdVector::Allocate(0));
+    Ref<CVeskGdVector> none1(CVeskGdVector::Allocate(1)), none2(CVeskGdVector::Allocate(1));
     Ref<CVeskGenericData> noneCopy(none1->Copy());
     EXPECT_EQ(empty1->IsEqual(empty2.get()), 1);
     EXPECT_EQ(empty1->IsEqual(none1.get()), 0);
@@ -209,10 +207,8 @@ TEST_F(Vector, PropertiesAndFunctionObjects)
     Ref<CVeskGdVector> vector(Make({N(1), N(2)}));
     Ref<CVeskGenericData> name(vector->GetProperty("*name", 0));
     Ref<CVeskGenericData> length(vector->GetProperty("length", 0));
-    EXPECT_EQ(Text(name.get()), "Vector");
-    EXPECT_EQ(Printed(length.get()), "2");
-    EXPECT_EQ(vector->GetProperty("length", 1), nullptr);
-    EXPECT_EQ(vector->GetProperty("sort", 0), nullptr);
+    EXPECT_EQ(Text(name.get()) + Printed(length.get()), "Vector2");
+    EXPECT_TRUE(!vector->GetProperty("length", 1) && !vector->GetProperty("sort", 0));
     CVeskPropertyEnum* properties = vector->GetPropertyEnumerator();
     CDorlString described[3], type;
     CVeskPropertyEnum::ReadOnlyStatus status;
@@ -245,8 +241,7 @@ TEST_F(Vector, FindAnswersWithIndexesElementsOrNull)
 {
     Ref<CVeskGdVector> vector(
         Make({S("5"), CVeskGdNone::Allocate(), CVeskGdNull::Allocate(), N(5), N(5)}));
-    Ref<CVeskGenericData> five(N(5));
-    Ref<CVeskGenericData> two(N(2));
+    Ref<CVeskGenericData> five(N(5)), two(N(2));
     auto fresh = [&] { return vector->GetProperty("_Find", 0); };
     Ref<CVeskGenericData> find(fresh());
     EXPECT_EQ(Find(find.get(), five.get()), "4"); // the first match, counted from 1
@@ -350,9 +345,8 @@ TEST_F(Vector, SortOrdersByTypeOrPredicateAndReportsOnce)
         return Printed(vector);
     };
     Ref<CVeskGdVector> booleans(Make({CVeskGdBoolean::Allocate(1), CVeskGdBoolean::Allocate(0)}));
-    EXPECT_EQ(sorted(booleans.get()), "[False, True]");
     Ref<CVeskGdVector> strings(Make({S("b"), S("ab"), S("B"), S("a")}));
-    EXPECT_EQ(sorted(strings.get()), "[B, a, ab, b]");
+    EXPECT_EQ(sorted(booleans.get()) + sorted(strings.get()), "[False, True][B, a, ab, b]");
     Ref<CVeskGdVector> numbers(Make({N(3), N(-1), N(2), N(-1)}));
     Ref<CVeskGenericData> before(numbers->Copy());
     EXPECT_EQ(sorted(numbers.get()), "[-1, -1, 2, 3]");
@@ -437,7 +431,6 @@ TEST_F(Vector, ArchiveFormReadsBackNestedVectors)
     EXPECT_EQ(Printed(read.get()), "[1.5, x, Null, None, True, False, [in, 2, []]]");
     for (int i = 0; i < vector->GetSize(); ++i)
         EXPECT_EQ(Element(read.get(), i)->GetType(), Element(vector.get(), i)->GetType());
-    EXPECT_EQ(Element(read.get(), 4), CVeskGdBoolean::Allocate(1));
     EXPECT_EQ(in.GetRemaining(), 0u);
 
     // A type without an archive form ends the reading of that vector.
@@ -449,9 +442,7 @@ TEST_F(Vector, ArchiveFormReadsBackNestedVectors)
     Ref<CVeskGdVector> partial(CVeskGdVector::Allocate(0));
     badIn >> *partial;
     EXPECT_EQ(Printed(partial.get()), "[4, None, None]");
-    ASSERT_EQ(capture.assertions.size(), 1u);
-    EXPECT_EQ(capture.assertions[0].expression + "@" + capture.assertions[0].source,
-              "poData@GenericData");
+    EXPECT_EQ(capture.Asserted(), "poData@GenericData;");
 
     // A count beyond what the archive holds sizes nothing that cannot be there.
     CDorlArchive huge;

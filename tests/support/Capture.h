@@ -44,6 +44,14 @@ public:
             all += text;
         return all;
     }
+    // Each assertion as "expression@source;", in order.
+    std::string Asserted() const
+    {
+        std::string all;
+        for (const Assertion& assertion : assertions)
+            all += assertion.expression + "@" + assertion.source + ";";
+        return all;
+    }
     void Clear()
     {
         dumps.clear();
