@@ -12,6 +12,7 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -100,11 +101,6 @@ std::string FileText(const std::string& path)
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();
-}
-
-void SetFileText(const std::string& path, const std::string& text)
-{
-    std::ofstream(path, std::ios::binary) << text;
 }
 
 class ConfigText : public StartedTest {
@@ -210,19 +206,12 @@ TEST_F(ConfigText, TheSampleValueWritesAsShownAndReadsBack)
     EXPECT_EQ(Entries(), std::vector<std::string>{"settings.cfg"});
 }
 
-TEST_F(ConfigText, HandWrittenTextWithCommentsReads)
-{
-    EXPECT_EQ(ShowRead("# a comment line\n"
-                       "[\n"
-                       "  \"first key\"=[ 1=10 2=20 ]\n"
-                       "  second=\"text\"   # a comment behind a value\n"
-                       "  third=x4008000000000000 (three)\n"
-                       "]\n"),
-              "{first key:(10 20) second:'text' third:3}");
-}
-
 TEST_F(ConfigText, GrammarCornersReadAsTheFormatSays)
 {
+    EXPECT_EQ(ShowRead("# a comment line\n[\n  \"first key\"=[ 1=10 2=20 ]\n"
+                       "  second=\"text\"   # a comment behind a value\n"
+                       "  third=x4008000000000000 (three)\n]\n"),
+              "{first key:(10 20) second:'text' third:3}");
     EXPECT_EQ(ShowRead("5\n"), "5");
     EXPECT_EQ(ShowRead("\"s\""), "'s'");
     EXPECT_EQ(ShowRead("true"), "true");
@@ -248,34 +237,35 @@ TEST_F(ConfigText, GrammarCornersReadAsTheFormatSays)
 
 TEST_F(ConfigText, EachFailureIsToldOnceWithItsLineAndSource)
 {
-    EXPECT_EQ(Complaint(""), "Unexpected end of string at line 1 in string\n");
-    EXPECT_EQ(Complaint("# only\n# comments\n"), "Unexpected end of string at line 3 in string\n");
-    EXPECT_EQ(Complaint("5"), "Unexpected end of string at line 1 in string\n");
-    EXPECT_EQ(Complaint("\"open\nstring"), "Unexpected end of string at line 2 in string\n");
-    EXPECT_EQ(Complaint("[a=1 b=\"x\\"), "Unexpected end of string at line 1 in string\n");
-    EXPECT_EQ(Complaint("[a=1.5] "), "Invalid number at line 1 in string\n");
-    EXPECT_EQ(Complaint("\n5#x\n"), "Invalid number at line 3 in string\n");
-    EXPECT_EQ(Complaint("- "), "Invalid number at line 1 in string\n");
-    EXPECT_EQ(Complaint(".5"), "Unexpected character '.' at line 1 in string\n");
-    EXPECT_EQ(Complaint("+1"), "Unexpected character '+' at line 1 in string\n");
-    EXPECT_EQ(Complaint("X4008000000000000 "), "Unexpected character 'X' at line 1 in string\n");
-    EXPECT_EQ(Complaint("nix"), "Unexpected character 'i' at line 1 in string\n");
-    EXPECT_EQ(Complaint("nul1"),
-              "Unexpected character '1', looking for string \"null\" at line 1 in string\n");
-    EXPECT_EQ(Complaint("True"), "Unexpected character 'T' at line 1 in string\n");
-    EXPECT_EQ(Complaint("[a=fals]"),
-              "Unexpected character ']', looking for string \"false\" at line 1 in string\n");
-    EXPECT_EQ(Complaint("\"\\q\""), "Unexpected character 'q' at line 1 in string\n");
-    EXPECT_EQ(Complaint("x400 "), "Invalid hexadecimally encoded number at line 1 in string\n");
-    EXPECT_EQ(Complaint("[1=1\n a=2\n]"),
-              "Mixed numeric and non-numeric labels in string at line 3 in string\n");
-    EXPECT_EQ(Complaint("[a=[b=1 c=?]]"), "Unexpected character '?' at line 1 in string\n");
-    EXPECT_EQ(Complaint("[1000001=1 ]"), "Numeric label 1000001 too large at line 1 in string\n");
-    EXPECT_EQ(Complaint("[99999999999999999999=1 ]"),
-              "Numeric label 99999999999999999999 too large at line 1 in string\n");
+    const char* const end = "Unexpected end of string";
+    const char* const number = "Invalid number";
+    const std::tuple<const char*, std::string, int> cases[] = {
+        {"", end, 1},
+        {"# only\n# comments\n", end, 3},
+        {"5", end, 1},
+        {"\"open\nstring", end, 2},
+        {"[a=1 b=\"x\\", end, 1},
+        {"[a=1.5] ", number, 1},
+        {"\n5#x\n", number, 3},
+        {"- ", number, 1},
+        {".5", "Unexpected character '.'", 1},
+        {"+1", "Unexpected character '+'", 1},
+        {"X4008000000000000 ", "Unexpected character 'X'", 1},
+        {"nix", "Unexpected character 'i'", 1},
+        {"nul1", "Unexpected character '1', looking for string \"null\"", 1},
+        {"True", "Unexpected character 'T'", 1},
+        {"[a=fals]", "Unexpected character ']', looking for string \"false\"", 1},
+        {"\"\\q\"", "Unexpected character 'q'", 1},
+        {"x400 ", "Invalid hexadecimally encoded number", 1},
+        {"[1=1\n a=2\n]", "Mixed numeric and non-numeric labels in string", 3},
+        {"[a=[b=1 c=?]]", "Unexpected character '?'", 1},
+        {"[1000001=1 ]", "Numeric label 1000001 too large", 1},
+        {"[99999999999999999999=1 ]", "Numeric label 99999999999999999999 too large", 1}};
+    for (const auto& [text, message, line] : cases)
+        EXPECT_EQ(Complaint(text), message + " at line " + std::to_string(line) + " in string\n");
 }
 
-TEST_F(ConfigText, LimitsCutSilently)
+TEST_F(ConfigText, LimitsCutSilentlyAndHostileInputIsRefused)
 {
     std::string longString(70000, 's');
     Ref<CVeskGenericData> string(ReadText("\"" + longString + "\""));
@@ -291,10 +281,8 @@ TEST_F(ConfigText, LimitsCutSilently)
 
     Ref<CVeskGenericData> vector(ReadText("[1000000=1 ]"));
     EXPECT_EQ(static_cast<CVeskGdVector*>(vector.get())->GetSize(), 1000000);
-}
 
-TEST_F(ConfigText, HostileInputGivesAMessageAndNoValue)
-{
+    // Hostile input gives a message and no value.
     EXPECT_EQ(Complaint(std::string(1000000, '[')),
               "Unexpected end of string at line 1 in string\n");
     std::string deep;
@@ -454,7 +442,7 @@ TEST_F(ConfigText, TheFileReaderNamesItsFile)
         EXPECT_EQ(capture.AllDumps(), "Cannot open input file at line 1 in " + missing + "\n");
     }
     // Past the first buffer's worth, the line count and the end message are the file's.
-    SetFileText(m_sPath, "[\n" + std::string(3000, ' ') + "\na=1\nb=");
+    std::ofstream(m_sPath, std::ios::binary) << ("[\n" + std::string(3000, ' ') + "\na=1\nb=");
     Capture capture;
     EXPECT_EQ(VeskReadConfigFile(m_sPath.c_str()), nullptr);
     EXPECT_EQ(capture.AllDumps(), "Unexpected end of file at line 4 in " + m_sPath + "\n");
