@@ -380,18 +380,6 @@ CDorlString operator+(const CDorlString& left, char right)
     return Concatenate(left, left.GetLength(), &right, 1);
 }
 
-bool operator==(const CDorlString& left, const CDorlString& right)
-{
-    return left.Compare(right) == 0;
-}
-
-bool operator!=(const CDorlString& left, const CDorlString& right) { return !(left == right); }
-
-bool operator<(const CDorlString& left, const CDorlString& right)
-{
-    return left.Compare(right) < 0;
-}
-
 bool operator==(const CDorlString& left, const char* right) { return left.Compare(right) == 0; }
 
 bool operator!=(const CDorlString& left, const char* right) { return !(left == right); }

@@ -5,7 +5,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <vector>
 
 #include <dorl/DorlString.h>
 
@@ -30,8 +29,9 @@ public:
     // bReportEnd, running out is an error.
     virtual bool FillBuffer(bool bReportEnd) = 0;
 
-    // Deeper collections are refused with a message rather than risking the stack.
-    static const int kMaxDepth = 10000;
+    // Deeper collections are refused with a message rather than risking the stack: each level is
+    // a few frames of recursion, and readers run on threads with small stacks too.
+    static const int kMaxDepth = 1000;
     // Larger numeric labels are refused with a message rather than risking the memory.
     static const int kMaxVectorSize = 1000000;
 
@@ -65,8 +65,6 @@ private:
     bool ReadLabel(CDorlString* pLabel, bool* pbNumeric);
 
     int32_t m_nDepth = 0;
-    // Kept here, not on the stack, so that deep nesting costs little stack per level.
-    std::vector<char> m_vText;
 };
 
 class VESK_API VeskConfigFileReader : public VeskConfigReader {

@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include <dorl/DorlDiag.h>
 
@@ -15,6 +16,30 @@
 #include "vesk/GdVector.h"
 
 namespace {
+
+// A token of at most 15 decimal digits, with an optional minus, as the bits of its double: such
+// an integer is below 2^53, so the double holds it exactly and the general parser would give the
+// same bits (a minus zero included).
+bool ParseSmallInteger(const char* token, int length, uint64_t* bits)
+{
+    bool negative = token[0] == '-';
+    int first = negative ? 1 : 0;
+    int digits = length - first;
+    if (digits < 1 || digits > 15)
+        return false;
+    int64_t integer = 0;
+    for (int i = first; i < length; ++i) {
+        if (token[i] < '0' || token[i] > '9')
+            return false;
+        integer = integer * 10 + (token[i] - '0');
+    }
+    double value = static_cast<double>(integer);
+    if (negative)
+        value = -value;
+    std::memcpy(bits, &value, sizeof *bits);
+    return true;
+}
+
 
 const int kMaxString = 65536;
 const int kMaxLabel = 255;
@@ -211,10 +236,21 @@ int VeskConfigReader::ReadEscape()
     }
 }
 
+namespace {
+
+// One buffer per thread for the strings of every read, off the stack so that deep nesting stays
+// cheap: taking 64 KiB from the heap for each read costs more than reading a small file.
+char* StringBuffer()
+{
+    static thread_local std::unique_ptr<char[]> s_buffer(new char[kMaxString]);
+    return s_buffer.get();
+}
+
+} // namespace
+
 CVeskGenericData* VeskConfigReader::ReadStringValue()
 {
-    if (m_vText.empty())
-        m_vText.resize(kMaxString);
+    char* text = StringBuffer();
     int length = 0;
     for (;;) {
         int c = GetChar(false);
@@ -225,9 +261,9 @@ CVeskGenericData* VeskConfigReader::ReadStringValue()
         if (c == '\\' && (c = ReadEscape()) < 0)
             return nullptr;
         if (length < kMaxString)
-            m_vText[length++] = static_cast<char>(c);
+            text[length++] = static_cast<char>(c);
     }
-    return CVeskGdString::Allocate(CDorlString(m_vText.data(), length));
+    return CVeskGdString::Allocate(CDorlString(text, length));
 }
 
 CVeskGenericData* VeskConfigReader::ReadNumberValue()
@@ -257,6 +293,8 @@ CVeskGenericData* VeskConfigReader::ReadNumberValue()
         bits = 0;
         for (unsigned char byte : bytes)
             bits = bits << 8 | byte;
+    } else if (ParseSmallInteger(token, length, &bits)) {
+        // Most numbers of a settings file are small integers: no need for the general parser.
     } else {
         char* end;
         double value = vesk_config::ParseDouble(token, &end);

@@ -195,8 +195,8 @@ int VeskAssocArray::OnSetProperty(const CDorlString& name, CVeskGenericData* val
         RemoveProperty(name);
         return 1;
     }
-    if (!CVeskGenericDataContainer::OnSetProperty(name, value))
-        AddProperty(name, value);
+    // Replaces an entry of that name or makes one, with one walk of the map.
+    AddProperty(name, value);
     return 1;
 }
 

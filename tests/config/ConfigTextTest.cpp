@@ -298,9 +298,10 @@ TEST_F(ConfigText, LimitsCutSilentlyAndHostileInputIsRefused)
     std::string nested;
     for (int i = 1; i < VeskConfigReader::kMaxDepth; ++i)
         nested += "[a=";
-    Ref<CVeskGenericData> deepest(ReadText(nested + "[]" + std::string(9999, ']')));
+    const size_t depth = VeskConfigReader::kMaxDepth;
+    Ref<CVeskGenericData> deepest(ReadText(nested + "[]" + std::string(depth - 1, ']')));
     EXPECT_NE(deepest.get(), nullptr);
-    EXPECT_EQ(Complaint(nested + "[a=[]" + std::string(10000, ']')),
+    EXPECT_EQ(Complaint(nested + "[a=[]" + std::string(depth, ']')),
               "Collections nested too deeply at line 1 in string\n");
 }
 

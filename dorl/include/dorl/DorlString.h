@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #include "DorlExport.h"
 
@@ -79,9 +80,28 @@ DORL_API CDorlString operator+(const char* left, const CDorlString& right);
 // Without this, string + 'c' would quietly become pointer arithmetic on the C text.
 DORL_API CDorlString operator+(const CDorlString& left, char right);
 
-DORL_API bool operator==(const CDorlString& left, const CDorlString& right);
-DORL_API bool operator!=(const CDorlString& left, const CDorlString& right);
-DORL_API bool operator<(const CDorlString& left, const CDorlString& right);
+// Inline: every map keyed by string compares through these.
+inline bool operator==(const CDorlString& left, const CDorlString& right)
+{
+    int length = left.GetLength();
+    return length == right.GetLength() &&
+           std::memcmp(static_cast<const char*>(left), static_cast<const char*>(right),
+                       static_cast<size_t>(length)) == 0;
+}
+inline bool operator!=(const CDorlString& left, const CDorlString& right)
+{
+    return !(left == right);
+}
+// Unsigned bytes, all of them; a prefix sorts first.
+inline bool operator<(const CDorlString& left, const CDorlString& right)
+{
+    int leftLength = left.GetLength();
+    int rightLength = right.GetLength();
+    int common = leftLength < rightLength ? leftLength : rightLength;
+    int order = std::memcmp(static_cast<const char*>(left), static_cast<const char*>(right),
+                            static_cast<size_t>(common));
+    return order < 0 || (order == 0 && leftLength < rightLength);
+}
 DORL_API bool operator==(const CDorlString& left, const char* right);
 DORL_API bool operator!=(const CDorlString& left, const char* right);
 DORL_API bool operator==(const char* left, const CDorlString& right);
