@@ -34,10 +34,10 @@ const int kTopSections = 530;
 const int kMaxDepth = 5;
 
 const char* const kWords[] = {
-    "alpha",  "bravo", "charlie", "delta",   "echo",   "foxtrot", "golf",  "hotel",
-    "india",  "juliet", "kilo",   "lima",    "mike",   "november", "oscar", "papa",
-    "quebec", "romeo", "sierra",  "tango",   "uniform", "victor", "whiskey", "xray",
-    "yankee", "zulu",  "timeout", "retries", "path",   "enabled", "colour", "width",
+    "alpha",  "bravo",  "charlie", "delta",   "echo",    "foxtrot",  "golf",    "hotel",
+    "india",  "juliet", "kilo",    "lima",    "mike",    "november", "oscar",   "papa",
+    "quebec", "romeo",  "sierra",  "tango",   "uniform", "victor",   "whiskey", "xray",
+    "yankee", "zulu",   "timeout", "retries", "path",    "enabled",  "colour",  "width",
 };
 const int kWordCount = sizeof kWords / sizeof kWords[0];
 
@@ -233,8 +233,8 @@ const Data& TheData()
             std::fprintf(stderr, "RapidJSON does not read the JSON text to the same tree\n");
             std::exit(1);
         }
-        std::fprintf(stderr, "Vesk text: %zu bytes; JSON text: %zu bytes\n",
-                     data->veskText.size(), data->jsonText.size());
+        std::fprintf(stderr, "Vesk text: %zu bytes; JSON text: %zu bytes\n", data->veskText.size(),
+                     data->jsonText.size());
         return data;
     }();
     return *s_data;

@@ -40,7 +40,6 @@ bool ParseSmallInteger(const char* token, int length, uint64_t* bits)
     return true;
 }
 
-
 const int kMaxString = 65536;
 const int kMaxLabel = 255;
 const int kMaxNumber = 99;

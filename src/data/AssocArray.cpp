@@ -6,6 +6,7 @@
 #include <standin/Sync.h>
 
 #include "data/GdInternal.h"
+#include "data/ProcessLock.h"
 #include "vesk/CommandContext.h"
 #include "vesk/GdContainer.h"
 #include "vesk/GdObject.h"
@@ -22,42 +23,17 @@ CDorlProbedLong& AssocCount()
     return s_count;
 }
 
-// The one lock of all associative arrays, re-entrant, with its depth beside it. It is taken
-// before the indirects' lock whenever both are held, never after it.
-class AssocLock {
-public:
-    AssocLock() { InitializeCriticalSection(&m_section); }
-    ~AssocLock() { DeleteCriticalSection(&m_section); }
-
-    void Enter()
-    {
-        EnterCriticalSection(&m_section);
-        m_nDepth.fetch_add(1, std::memory_order_relaxed);
-    }
-    void Leave()
-    {
-        m_nDepth.fetch_sub(1, std::memory_order_relaxed);
-        LeaveCriticalSection(&m_section);
-    }
-    int Depth() const { return m_nDepth.load(std::memory_order_relaxed); }
-
-private:
-    CRITICAL_SECTION m_section;
-    std::atomic<int> m_nDepth{0};
-};
-
-AssocLock& Lock()
+// The one lock of all associative arrays. It is taken before the indirects' lock whenever both
+// are held, never after it.
+vesk::ProcessLock& Lock()
 {
-    static AssocLock s_lock;
+    static vesk::ProcessLock s_lock;
     return s_lock;
 }
 
-class Locked {
+class Locked : public vesk::ProcessLockHolder {
 public:
-    Locked() { Lock().Enter(); }
-    ~Locked() { Lock().Leave(); }
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
+    Locked() : ProcessLockHolder(Lock()) {}
 };
 
 // An object value on a new function object; the value holds the only reference.

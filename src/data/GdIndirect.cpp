@@ -7,6 +7,7 @@
 #include <standin/Sync.h>
 
 #include "data/GdInternal.h"
+#include "data/ProcessLock.h"
 
 namespace {
 
@@ -16,42 +17,16 @@ CDorlProbedLong& IndirectCount()
     return s_count;
 }
 
-// The one lock of all indirects, re-entrant, with its depth beside it.
-class IndirectLock {
-public:
-    IndirectLock() { InitializeCriticalSection(&m_section); }
-    ~IndirectLock() { DeleteCriticalSection(&m_section); }
-
-    void Enter()
-    {
-        EnterCriticalSection(&m_section);
-        m_nDepth.fetch_add(1, std::memory_order_relaxed);
-    }
-    void Leave()
-    {
-        m_nDepth.fetch_sub(1, std::memory_order_relaxed);
-        LeaveCriticalSection(&m_section);
-    }
-    int Depth() const { return m_nDepth.load(std::memory_order_relaxed); }
-
-private:
-    CRITICAL_SECTION m_section;
-    std::atomic<int> m_nDepth{0};
-};
-
-IndirectLock& Lock()
+// The one lock of all indirect values.
+vesk::ProcessLock& Lock()
 {
-    static IndirectLock s_lock;
+    static vesk::ProcessLock s_lock;
     return s_lock;
 }
 
-// Holds the lock for a scope, and leaves it on every way out.
-class Locked {
+class Locked : public vesk::ProcessLockHolder {
 public:
-    Locked() { Lock().Enter(); }
-    ~Locked() { Lock().Leave(); }
-    Locked(const Locked&) = delete;
-    Locked& operator=(const Locked&) = delete;
+    Locked() : ProcessLockHolder(Lock()) {}
 };
 
 } // namespace
