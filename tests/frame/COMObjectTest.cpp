@@ -222,7 +222,9 @@ TEST(COMObject, LockedOrDisconnectedObjectsOutliveTheirCount)
     capture.Clear();
     bare->ExternalDisconnect();
     EXPECT_EQ(capture.Asserted(), "lpUnknown != 0@COMObject;");
+    // Disconnected, so releases leave it: only a delete ends it.
     EXPECT_EQ(bare->Release(), 0u);
+    delete bare;
 }
 
 TEST(COMObject, AnOuterObjectOwnsTheCount)
