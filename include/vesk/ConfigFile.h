@@ -98,6 +98,11 @@ private:
     CVeskGenericData* Current();
     CVeskGenericData* Step(CVeskGenericData* level, const char* name);
     CVeskGenericData* Entry(const char* name, CVeskGenericData::DataType type);
+    // The common course of the typed reads: take the entry through extract, else apply the
+    // default mode, writing the default through write in mode 2.
+    template <class Target, class Default, class Extract, class Write>
+    bool ReadTyped(const char* name, CVeskGenericData::DataType type, Target& target, int mode,
+                   const Default& defaultValue, Extract extract, Write write);
     bool Store(const char* name, CVeskGenericData* value);
 };
 

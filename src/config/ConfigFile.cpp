@@ -220,87 +220,70 @@ bool CVeskConfigFileIF::Store(const char* name, CVeskGenericData* value)
 
 // Reads ----------------------------------------------------------------------------------------
 
-bool CVeskConfigFileIF::ReadString(const char* name, CDorlString& value, int mode,
-                                   const CDorlString& defaultValue)
+template <class Target, class Default, class Extract, class Write>
+bool CVeskConfigFileIF::ReadTyped(const char* name, CVeskGenericData::DataType type, Target& target,
+                                  int mode, const Default& defaultValue, Extract extract,
+                                  Write write)
 {
     if (!Current())
         return false;
-    if (CVeskGenericData* entry = Entry(name, CVeskGenericData::dtString)) {
-        value = static_cast<CVeskGdString*>(entry)->m_sValue;
+    if (CVeskGenericData* entry = Entry(name, type)) {
+        target = extract(entry);
         entry->Release();
         return true;
     }
     if (GivesDefault(mode))
-        value = defaultValue;
+        target = defaultValue;
     if (mode == 2)
-        WriteString(name, defaultValue);
+        write(name, defaultValue);
     return false;
+}
+
+bool CVeskConfigFileIF::ReadString(const char* name, CDorlString& value, int mode,
+                                   const CDorlString& defaultValue)
+{
+    return ReadTyped(
+        name, CVeskGenericData::dtString, value, mode, defaultValue,
+        [](CVeskGenericData* entry) { return static_cast<CVeskGdString*>(entry)->m_sValue; },
+        [this](const char* key, const CDorlString& text) { WriteString(key, text); });
 }
 
 bool CVeskConfigFileIF::ReadBool(const char* name, int* value, int mode, int defaultValue)
 {
-    if (!Current())
-        return false;
-    if (CVeskGenericData* entry = Entry(name, CVeskGenericData::dtBoolean)) {
-        *value = static_cast<CVeskGdBoolean*>(entry)->m_bValue;
-        entry->Release();
-        return true;
-    }
-    if (GivesDefault(mode))
-        *value = defaultValue;
-    if (mode == 2)
-        WriteBool(name, defaultValue);
-    return false;
+    return ReadTyped(
+        name, CVeskGenericData::dtBoolean, *value, mode, defaultValue,
+        [](CVeskGenericData* entry) { return static_cast<CVeskGdBoolean*>(entry)->m_bValue; },
+        [this](const char* key, int flag) { WriteBool(key, flag); });
 }
 
 bool CVeskConfigFileIF::ReadDouble(const char* name, double* value, int mode, double defaultValue)
 {
-    if (!Current())
-        return false;
-    if (CVeskGenericData* entry = Entry(name, CVeskGenericData::dtNumber)) {
-        *value = static_cast<CVeskGdDouble*>(entry)->m_dValue;
-        entry->Release();
-        return true;
-    }
-    if (GivesDefault(mode))
-        *value = defaultValue;
-    if (mode == 2)
-        WriteDouble(name, defaultValue);
-    return false;
+    return ReadTyped(
+        name, CVeskGenericData::dtNumber, *value, mode, defaultValue,
+        [](CVeskGenericData* entry) { return static_cast<CVeskGdDouble*>(entry)->m_dValue; },
+        [this](const char* key, double number) { WriteDouble(key, number); });
 }
 
 bool CVeskConfigFileIF::ReadDWORD(const char* name, unsigned long* value, int mode,
                                   unsigned long defaultValue)
 {
-    if (!Current())
-        return false;
-    if (CVeskGenericData* entry = Entry(name, CVeskGenericData::dtNumber)) {
-        const int64_t whole = TruncateTo64(static_cast<CVeskGdDouble*>(entry)->m_dValue);
-        *value = static_cast<uint32_t>(whole);
-        entry->Release();
-        return true;
-    }
-    if (GivesDefault(mode))
-        *value = defaultValue;
-    if (mode == 2)
-        WriteDWORD(name, defaultValue);
-    return false;
+    return ReadTyped(
+        name, CVeskGenericData::dtNumber, *value, mode, defaultValue,
+        [](CVeskGenericData* entry) -> unsigned long {
+            return static_cast<uint32_t>(
+                TruncateTo64(static_cast<CVeskGdDouble*>(entry)->m_dValue));
+        },
+        [this](const char* key, unsigned long number) { WriteDWORD(key, number); });
 }
 
 bool CVeskConfigFileIF::ReadInt(const char* name, int* value, int mode, int defaultValue)
 {
-    if (!Current())
-        return false;
-    if (CVeskGenericData* entry = Entry(name, CVeskGenericData::dtNumber)) {
-        *value = TruncateToInt(static_cast<CVeskGdDouble*>(entry)->m_dValue);
-        entry->Release();
-        return true;
-    }
-    if (GivesDefault(mode))
-        *value = defaultValue;
-    if (mode == 2)
-        WriteInt(name, defaultValue);
-    return false;
+    return ReadTyped(
+        name, CVeskGenericData::dtNumber, *value, mode, defaultValue,
+        [](CVeskGenericData* entry) {
+            return TruncateToInt(static_cast<CVeskGdDouble*>(entry)->m_dValue);
+        },
+        [this](const char* key, int number) { WriteInt(key, number); });
 }
 
 bool CVeskConfigFileIF::ReadBinary(const char* name, void* value, int size, int mode,
