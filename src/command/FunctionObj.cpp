@@ -8,12 +8,6 @@
 #include "vesk/GenericData.h"
 #include "vesk/InterfaceIds.h"
 
-namespace {
-
-bool IsNameProperty(const CDorlString& name) { return name == "name" || name == "*name"; }
-
-} // namespace
-
 // CVeskSimpleCommandObject ------------------------------------------------------------------------
 
 CVeskSimpleCommandObject::CVeskSimpleCommandObject() : m_nRefCount(1) {}
@@ -56,7 +50,7 @@ CVeskGenericData* CVeskFunctionObj::GetProperty(const CDorlString& name, int bBy
 {
     if (bByRef)
         return nullptr;
-    if (IsNameProperty(name))
+    if (vesk::IsNameProperty(name))
         return CVeskGdString::Allocate(m_sName);
     if (name == "description")
         return CVeskGdString::Allocate(m_sDescription);
@@ -98,7 +92,7 @@ CVeskGenericData* CVeskObjectProxy::GetProperty(const CDorlString& name, int bBy
     if (m_pObject)
         return m_pObject->GetProperty(name, bByRef);
     ReportDefunct();
-    if (!IsNameProperty(name))
+    if (!vesk::IsNameProperty(name))
         return nullptr;
     return CVeskGdString::Allocate(m_sName + "'s ghost");
 }

@@ -31,10 +31,7 @@ vesk::ProcessLock& Lock()
     return s_lock;
 }
 
-class Locked : public vesk::ProcessLockHolder {
-public:
-    Locked() : ProcessLockHolder(Lock()) {}
-};
+using Locked = vesk::ScopedProcessLock<&Lock>;
 
 // An object value on a new function object; the value holds the only reference.
 CVeskGenericData* FunctionValue(CVeskFunctionObj* function)

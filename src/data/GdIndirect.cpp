@@ -24,10 +24,7 @@ vesk::ProcessLock& Lock()
     return s_lock;
 }
 
-class Locked : public vesk::ProcessLockHolder {
-public:
-    Locked() : ProcessLockHolder(Lock()) {}
-};
+using Locked = vesk::ScopedProcessLock<&Lock>;
 
 } // namespace
 

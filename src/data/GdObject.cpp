@@ -6,6 +6,7 @@
 #include <dorl/DorlProbe.h>
 #include <standin/Dispatch.h>
 
+#include "command/CommandQuery.h"
 #include "data/GdInternal.h"
 #include "vesk/COMObject.h"
 #include "vesk/InterfaceIds.h"
@@ -40,7 +41,7 @@ int CUnknownHelper::GetKind() { return kindUnknown; }
 
 CVeskGenericData* CUnknownHelper::GetProperty(const CDorlString& name, int bByRef)
 {
-    if (bByRef || (name != "name" && name != "*name"))
+    if (bByRef || !vesk::IsNameProperty(name))
         return nullptr;
     static CVeskGdString s_name("UnknownObject");
     return vesk::SharedName(s_name);

@@ -4,6 +4,7 @@
 
 #include <dorl/DorlProbe.h>
 
+#include "command/CommandQuery.h"
 #include "data/GdInternal.h"
 #include "vesk/GenericData.h"
 
@@ -30,8 +31,6 @@ CDorlProbedLong& StringCount()
     static CDorlProbedLong s_count(VESK_GD_PROBE_PATH, "String", 0, nullptr);
     return s_count;
 }
-
-bool IsNameProperty(const CDorlString& name) { return name == "name" || name == "*name"; }
 
 } // namespace
 
@@ -68,7 +67,7 @@ ULONG CVeskGdBoolean::Release() { return 1; }
 
 CVeskGenericData* CVeskGdBoolean::GetProperty(const CDorlString& name, int bByRef)
 {
-    if (bByRef || !IsNameProperty(name))
+    if (bByRef || !vesk::IsNameProperty(name))
         return nullptr;
     static CVeskGdString s_name("Boolean");
     return vesk::SharedName(s_name);
@@ -117,7 +116,7 @@ void CVeskGdDouble::SetAllocationMonitor(AllocationMonitor monitor)
 
 CVeskGenericData* CVeskGdDouble::GetProperty(const CDorlString& name, int bByRef)
 {
-    if (bByRef || !IsNameProperty(name))
+    if (bByRef || !vesk::IsNameProperty(name))
         return nullptr;
     static CVeskGdString s_name("Number");
     return vesk::SharedName(s_name);
@@ -177,7 +176,7 @@ CVeskGenericData* CVeskGdString::GetProperty(const CDorlString& name, int bByRef
 {
     if (bByRef)
         return nullptr;
-    if (IsNameProperty(name)) {
+    if (vesk::IsNameProperty(name)) {
         static CVeskGdString s_name("String");
         return vesk::SharedName(s_name);
     }
@@ -236,7 +235,7 @@ ULONG CVeskGdNull::Release() { return 1; }
 
 CVeskGenericData* CVeskGdNull::GetProperty(const CDorlString& name, int bByRef)
 {
-    if (bByRef || !IsNameProperty(name))
+    if (bByRef || !vesk::IsNameProperty(name))
         return nullptr;
     static CVeskGdString s_name("Null");
     return vesk::SharedName(s_name);
@@ -272,7 +271,7 @@ ULONG CVeskGdNone::Release() { return 1; }
 
 CVeskGenericData* CVeskGdNone::GetProperty(const CDorlString& name, int bByRef)
 {
-    if (bByRef || !IsNameProperty(name))
+    if (bByRef || !vesk::IsNameProperty(name))
         return nullptr;
     static CVeskGdString s_name("None");
     return vesk::SharedName(s_name);

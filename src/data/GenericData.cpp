@@ -136,7 +136,7 @@ CVeskGenericData* CVeskGenericData::GetProperty(const CDorlString& name, int bBy
 {
     if (bByRef)
         return nullptr;
-    if (name == "name" || name == "*name") {
+    if (vesk::IsNameProperty(name)) {
         static CVeskGdString s_name("UnknownType");
         return vesk::SharedName(s_name);
     }

@@ -46,4 +46,10 @@ private:
     ProcessLock& m_lock;
 };
 
+// The holder of one particular lock, for a file whose lock is a local static behind getLock.
+template <ProcessLock& (*getLock)()> class ScopedProcessLock : public ProcessLockHolder {
+public:
+    ScopedProcessLock() : ProcessLockHolder(getLock()) {}
+};
+
 } // namespace vesk

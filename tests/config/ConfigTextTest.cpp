@@ -141,17 +141,6 @@ protected:
     std::string m_sPath;
 };
 
-// Takes over the reference of each value.
-CVeskGdVector* MakeVector(std::vector<CVeskGenericData*> values)
-{
-    CVeskGdVector* vector = CVeskGdVector::Allocate(0);
-    for (CVeskGenericData* value : values) {
-        vector->SetElement(vector->GetSize(), value);
-        value->Release();
-    }
-    return vector;
-}
-
 // An object value over a new array with the null default; takes over the entries' references.
 CVeskGenericData* MakeObject(std::vector<std::pair<const char*, CVeskGenericData*>> entries)
 {

@@ -16,17 +16,6 @@ class Vector : public StartedTest {};
 CVeskGenericData* N(double value) { return CVeskGdDouble::Allocate(value); }
 CVeskGenericData* S(const char* value) { return CVeskGdString::Allocate(value); }
 
-// Takes over the reference of each value.
-CVeskGdVector* Make(std::initializer_list<CVeskGenericData*> values)
-{
-    CVeskGdVector* vector = CVeskGdVector::Allocate(0);
-    for (CVeskGenericData* value : values) {
-        vector->SetElement(vector->GetSize(), value);
-        value->Release();
-    }
-    return vector;
-}
-
 CVeskGenericData* Element(CVeskGdVector* vector, int index)
 {
     CVeskGenericData* element = vector->GetElement(index);
@@ -109,7 +98,7 @@ auto WithPredicate(const char* name, IUnknown* predicate)
 
 TEST_F(Vector, CopySharesTheBlockUntilOneSideChanges)
 {
-    Ref<CVeskGdVector> first(Make({N(1), S("a"), CVeskGdBoolean::Allocate(1)}));
+    Ref<CVeskGdVector> first(MakeVector({N(1), S("a"), CVeskGdBoolean::Allocate(1)}));
     Ref<CVeskGdVector> copy(static_cast<CVeskGdVector*>(first->Copy()));
     EXPECT_EQ(copy->m_pRep, first->m_pRep);
     EXPECT_EQ(Element(copy.get(), 0), Element(first.get(), 0));
@@ -193,10 +182,10 @@ TEST_F(Vector, EqualityComparesBlocksThenElements)
     EXPECT_EQ(none1->IsEqual(none2.get()), 0);    // None equals nothing, not even None
     EXPECT_EQ(none1->IsEqual(noneCopy.get()), 1); // but a shared block is equal as it stands
 
-    Ref<CVeskGdVector> a(Make({N(1), Make({CVeskGdNull::Allocate()})}));
-    Ref<CVeskGdVector> b(Make({N(1), Make({CVeskGdNull::Allocate()})}));
-    Ref<CVeskGdVector> c(Make({S("1"), Make({CVeskGdNull::Allocate()})}));
-    Ref<CVeskGdVector> shorter(Make({N(1)}));
+    Ref<CVeskGdVector> a(MakeVector({N(1), MakeVector({CVeskGdNull::Allocate()})}));
+    Ref<CVeskGdVector> b(MakeVector({N(1), MakeVector({CVeskGdNull::Allocate()})}));
+    Ref<CVeskGdVector> c(MakeVector({S("1"), MakeVector({CVeskGdNull::Allocate()})}));
+    Ref<CVeskGdVector> shorter(MakeVector({N(1)}));
     EXPECT_EQ(a->IsEqual(b.get()) * 100 + a->IsEqual(c.get()) * 10 + a->IsEqual(shorter.get()),
               100);
     EXPECT_EQ(Printed(a.get()), "[1, [Null]]");
@@ -204,7 +193,7 @@ TEST_F(Vector, EqualityComparesBlocksThenElements)
 
 TEST_F(Vector, PropertiesAndFunctionObjects)
 {
-    Ref<CVeskGdVector> vector(Make({N(1), N(2)}));
+    Ref<CVeskGdVector> vector(MakeVector({N(1), N(2)}));
     Ref<CVeskGenericData> name(vector->GetProperty("*name", 0));
     Ref<CVeskGenericData> length(vector->GetProperty("length", 0));
     EXPECT_EQ(Text(name.get()) + Printed(length.get()), "Vector2");
@@ -230,7 +219,7 @@ TEST_F(Vector, PropertiesAndFunctionObjects)
     }
 
     // A function object keeps working on its vector after the caller let go of it.
-    CVeskGdVector* held = Make({N(3)});
+    CVeskGdVector* held = MakeVector({N(3)});
     Ref<CVeskGenericData> find(held->GetProperty("_Find", 0));
     held->Release();
     Ref<CVeskGenericData> three(N(3));
@@ -240,7 +229,7 @@ TEST_F(Vector, PropertiesAndFunctionObjects)
 TEST_F(Vector, FindAnswersWithIndexesElementsOrNull)
 {
     Ref<CVeskGdVector> vector(
-        Make({S("5"), CVeskGdNone::Allocate(), CVeskGdNull::Allocate(), N(5), N(5)}));
+        MakeVector({S("5"), CVeskGdNone::Allocate(), CVeskGdNull::Allocate(), N(5), N(5)}));
     Ref<CVeskGenericData> five(N(5)), two(N(2));
     auto fresh = [&] { return vector->GetProperty("_Find", 0); };
     Ref<CVeskGenericData> find(fresh());
@@ -267,7 +256,7 @@ TEST_F(Vector, FindAnswersWithIndexesElementsOrNull)
 
 TEST_F(Vector, FilterKeepsMatchesAndReportsWrongAnswersOnce)
 {
-    Ref<CVeskGdVector> vector(Make({N(1), N(5), N(2), N(7)}));
+    Ref<CVeskGdVector> vector(MakeVector({N(1), N(5), N(2), N(7)}));
     Ref<Predicate> big(new Predicate([](CVeskCommandContext* c) {
         double value = 0;
         c->GetParam("value", &value, 0);
@@ -297,7 +286,7 @@ TEST_F(Vector, FilterKeepsMatchesAndReportsWrongAnswersOnce)
 
 TEST_F(Vector, ForEachAndTransformCallThePredicatePerElement)
 {
-    Ref<CVeskGdVector> vector(Make({N(10), S("b")}));
+    Ref<CVeskGdVector> vector(MakeVector({N(10), S("b")}));
     std::string seen;
     Ref<Predicate> record(new Predicate([&](CVeskCommandContext* c) {
         double index = 0;
@@ -344,16 +333,17 @@ TEST_F(Vector, SortOrdersByTypeOrPredicateAndReportsOnce)
         Apply(vector, "Sort", &NoParameters);
         return Printed(vector);
     };
-    Ref<CVeskGdVector> booleans(Make({CVeskGdBoolean::Allocate(1), CVeskGdBoolean::Allocate(0)}));
-    Ref<CVeskGdVector> strings(Make({S("b"), S("ab"), S("B"), S("a")}));
+    Ref<CVeskGdVector> booleans(
+        MakeVector({CVeskGdBoolean::Allocate(1), CVeskGdBoolean::Allocate(0)}));
+    Ref<CVeskGdVector> strings(MakeVector({S("b"), S("ab"), S("B"), S("a")}));
     EXPECT_EQ(sorted(booleans.get()) + sorted(strings.get()), "[False, True][B, a, ab, b]");
-    Ref<CVeskGdVector> numbers(Make({N(3), N(-1), N(2), N(-1)}));
+    Ref<CVeskGdVector> numbers(MakeVector({N(3), N(-1), N(2), N(-1)}));
     Ref<CVeskGenericData> before(numbers->Copy());
     EXPECT_EQ(sorted(numbers.get()), "[-1, -1, 2, 3]");
     EXPECT_EQ(Printed(before.get()), "[3, -1, 2, -1]");
 
     Capture capture;
-    Ref<CVeskGdVector> mixed(Make({N(3), S("x"), N(1)}));
+    Ref<CVeskGdVector> mixed(MakeVector({N(3), S("x"), N(1)}));
     Ref<CVeskGenericData> sort(mixed->GetProperty("Sort", 0));
     Ref<CVeskGenericData> once(Call(sort.get(), &NoParameters));
     Ref<CVeskGenericData> twice(Call(sort.get(), &NoParameters)); // the flag stays
@@ -417,10 +407,10 @@ TEST_F(Vector, SortEndsWithTheSameElementsWhateverThePredicateSays)
 
 TEST_F(Vector, ArchiveFormReadsBackNestedVectors)
 {
-    Ref<CVeskGdVector> inner(Make({S("in"), N(2), CVeskGdVector::Allocate(0)}));
+    Ref<CVeskGdVector> inner(MakeVector({S("in"), N(2), CVeskGdVector::Allocate(0)}));
     Ref<CVeskGdVector> vector(
-        Make({N(1.5), S("x"), CVeskGdNull::Allocate(), CVeskGdNone::Allocate(),
-              CVeskGdBoolean::Allocate(1), CVeskGdBoolean::Allocate(0)}));
+        MakeVector({N(1.5), S("x"), CVeskGdNull::Allocate(), CVeskGdNone::Allocate(),
+                    CVeskGdBoolean::Allocate(1), CVeskGdBoolean::Allocate(0)}));
     vector->SetElement(6, inner.get());
     CDorlArchive out;
     out << *vector;

@@ -2,6 +2,7 @@
 
 // Shared pieces of the library's test suites.
 
+#include <initializer_list>
 #include <sstream>
 #include <string>
 
@@ -39,6 +40,17 @@ inline long Probe(const char* name)
 {
     CDorlProberVariable* probe = DorlFindProbe("\\Resources\\GenericData", name);
     return probe ? probe->GetValue() : -1;
+}
+
+// A vector of the values, in order; takes over the reference of each.
+inline CVeskGdVector* MakeVector(std::initializer_list<CVeskGenericData*> values)
+{
+    CVeskGdVector* vector = CVeskGdVector::Allocate(0);
+    for (CVeskGenericData* value : values) {
+        vector->SetElement(vector->GetSize(), value);
+        value->Release();
+    }
+    return vector;
 }
 
 // Holds one reference and releases it at the end of the scope.
