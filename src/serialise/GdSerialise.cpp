@@ -437,17 +437,17 @@ CVeskGenericData* CVeskGdSerialiserImpl::ReadObject(int checkType)
             return nullptr;
         }
         value = vesk::serialise::CreateByName(creator, name);
-        if (!value) {
+        // A context's return value starts as None: a creator that made nothing leaves that.
+        if (!value || value->GetType() != CVeskGenericData::dtObject) {
             DorlDump("ObjectCreator failed to create object (%s).\n",
                      static_cast<const char*>(name));
+            if (value)
+                value->Release();
             return nullptr;
         }
     }
 
-    IVeskSerialise* serialise =
-        value->GetType() == CVeskGenericData::dtObject
-            ? vesk::serialise::SerialiseOf(static_cast<CVeskGdObject*>(value))
-            : nullptr;
+    IVeskSerialise* serialise = vesk::serialise::SerialiseOf(static_cast<CVeskGdObject*>(value));
     if (!serialise) {
         DorlDump("Object doesn't support the IVeskSerialise interface.\n");
         value->Release();

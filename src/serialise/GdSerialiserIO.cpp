@@ -56,9 +56,8 @@ int CVeskGdObjectCreator::CallMethod(CVeskCommandContext* context)
     if (!context->CanProceed(0))
         return 1;
     auto found = m_Factories.find(name);
-    // An unknown name sets no return value: the reader reports that the creator failed.
-    if (found != m_Factories.end())
-        context->SetReturnValueNoRef(found->second(name));
+    // No value at all for an unknown name: the reader reports that the creator failed.
+    context->SetReturnValueNoRef(found != m_Factories.end() ? found->second(name) : nullptr);
     return 1;
 }
 

@@ -1,0 +1,1 @@
+#include "serialise/SerialiseTestObjects.h"
