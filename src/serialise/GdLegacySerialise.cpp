@@ -16,8 +16,7 @@ const int32_t kObjectTrailer = -1;
 
 CVeskGdLegacySerialiserImpl::CVeskGdLegacySerialiserImpl(CVeskGdSerialiserIO* io)
     : m_pIO(io), m_objectDepth(0), m_nNesting(0), m_bEndOfData(0)
-{
-}
+{}
 
 bool CVeskGdLegacySerialiserImpl::Tracing() { return GetDebugOutputLevel() > 0; }
 
@@ -320,8 +319,8 @@ int CVeskGdLegacySerialiserImpl::ReadVector(CVeskGenericData** out)
     }
     // A damaged count must not reserve memory that no data backs: past the first elements the
     // vector grows as they are read.
-    int initial = count < vesk::serialise::kInitialVectorLimit ? count
-                                                               : vesk::serialise::kInitialVectorLimit;
+    int initial =
+        count < vesk::serialise::kInitialVectorLimit ? count : vesk::serialise::kInitialVectorLimit;
     CVeskGdVector* vector = CVeskGdVector::Allocate(initial > 0 ? initial : 0);
     for (int32_t i = 0; i < count; ++i) {
         CVeskGenericData* element = ReadGdObject();
@@ -414,7 +413,8 @@ int CVeskGdLegacySerialiserImpl::ReadString(CDorlString& value, int checkType)
     // The format holds the whole length and then the bytes; they are read in steps all the same,
     // so that a damaged length fails on the end of the data rather than on memory.
     auto read = [this](char* data, int size) { return ReadBytes(data, size) != 0; };
-    if (length < 0 || !vesk::serialise::ReadStringBytes(value, static_cast<uint32_t>(length), read)) {
+    if (length < 0 ||
+        !vesk::serialise::ReadStringBytes(value, static_cast<uint32_t>(length), read)) {
         DorlDump("ReadString: Expecting to read a String. Read end of data.\n");
         return 0;
     }

@@ -78,8 +78,7 @@ CVeskGenericData* NewAssocArrayValue(CVeskGenericData* defaultValue)
 
 CVeskGdSerialiserImpl::CVeskGdSerialiserImpl(CVeskGdSerialiserIO* io)
     : m_pIO(io), m_objectDepth(0), m_depth(0), m_bEndOfData(0)
-{
-}
+{}
 
 // Writing ----------------------------------------------------------------------------------------
 

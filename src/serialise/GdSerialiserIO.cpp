@@ -134,20 +134,21 @@ int CVeskGdMemorySerialiserIO::GetMismatchCount() const { return m_nMismatches; 
 
 // Files -------------------------------------------------------------------------------------------
 
-CVeskGdFileSerialiserIO::CVeskGdFileSerialiserIO(const char* path, Mode mode,
-                                                 IVeskCommand* creator)
-    : m_pFile(nullptr), m_bOwnsFile(1), m_bWritten(0), m_bWriteFailed(0), m_sName(path), m_pCreator(nullptr)
+CVeskGdFileSerialiserIO::CVeskGdFileSerialiserIO(const char* path, Mode mode, IVeskCommand* creator)
+    : m_pFile(nullptr), m_bOwnsFile(1), m_bWritten(0), m_bWriteFailed(0), m_sName(path),
+      m_pCreator(nullptr)
 {
     SetObjectCreator(creator);
     m_pFile = std::fopen(path, mode == modeWrite ? "wb" : "rb");
     if (!m_pFile)
-        DorlDump("Could not open (%s) for %s: %s\n", path, mode == modeWrite ? "writing" : "reading",
-                 std::strerror(errno));
+        DorlDump("Could not open (%s) for %s: %s\n", path,
+                 mode == modeWrite ? "writing" : "reading", std::strerror(errno));
 }
 
 CVeskGdFileSerialiserIO::CVeskGdFileSerialiserIO(FILE* stream, const char* name,
                                                  IVeskCommand* creator)
-    : m_pFile(stream), m_bOwnsFile(0), m_bWritten(0), m_bWriteFailed(0), m_sName(name), m_pCreator(nullptr)
+    : m_pFile(stream), m_bOwnsFile(0), m_bWritten(0), m_bWriteFailed(0), m_sName(name),
+      m_pCreator(nullptr)
 {
     SetObjectCreator(creator);
 }

@@ -70,8 +70,7 @@ TEST_F(GdSerialise, EveryWriteHasItsExactBytes)
         {[](CVeskGdSerialiser& s) { s.WriteBoolean(0, true); }, "08"},
         {[](CVeskGdSerialiser& s) { s.WriteNull(false); }, "02"},
         {[](CVeskGdSerialiser& s) { s.WriteString("", true); }, "06 00"},
-        {[](CVeskGdSerialiser& s) { s.WriteString(CDorlString("a\0b", 3), false); },
-         "03 61 00 62"},
+        {[](CVeskGdSerialiser& s) { s.WriteString(CDorlString("a\0b", 3), false); }, "03 61 00 62"},
         {[](CVeskGdSerialiser& s) { s.WriteVectorHeader(0); }, "0b 00"},
         {[](CVeskGdSerialiser& s) { s.WriteDouble(1.0, false); }, "00 00 00 00 00 00 f0 3f"},
         {[](CVeskGdSerialiser& s) { s.WriteGdObject(CVeskGdNone::Allocate()); }, "01"},
@@ -129,7 +128,7 @@ TEST_F(GdSerialise, DamagedStreamsGiveTheReadersMessagesAndNull)
         {"0b ff ff ff ff 0f 07", "ReadType: End of data\n"},
         {"0b 02 07 0a", ""},
         {"0c 01 02", "ReadUnsignedLong: Expecting to read a long. Read end of data.\n"
-                        "ReadString: Failed to read string length.\n"},
+                     "ReadString: Failed to read string length.\n"},
         {"09 03 5a 65 64 0a", "Could not create object (Zed). 'objectCreator' property is not "
                               "set.\n"},
     };
@@ -210,8 +209,7 @@ TEST_F(GdSerialise, ObjectsOfOurOwnAreMadeAgainByNameThroughTheCreator)
 TEST_F(GdSerialise, ABlankCreationNameWritesTheArrayCodeAndNoTrailer)
 {
     Ref<CVeskGenericData> point(CTestPoint::Make(""));
-    EXPECT_EQ(WriteHex(point.get()),
-              "0c 03 00 00 00 00 00 00 00 00 04 00 00 00 00 05 00 08 06 00");
+    EXPECT_EQ(WriteHex(point.get()), "0c 03 00 00 00 00 00 00 00 00 04 00 00 00 00 05 00 08 06 00");
 }
 
 TEST_F(GdSerialise, ObjectFailuresAreReportedAndTheStreamMovesToTheTrailer)
@@ -263,8 +261,8 @@ TEST_F(GdSerialise, ObjectFailuresAreReportedAndTheStreamMovesToTheTrailer)
 TEST_F(GdSerialise, AnIndirectValueStopsTheVectorShort)
 {
     Capture capture;
-    Ref<CVeskGdVector> vector(MakeVector({CVeskGdBoolean::Allocate(1), CVeskGdIndirect::Allocate(),
-                                          CVeskGdBoolean::Allocate(0)}));
+    Ref<CVeskGdVector> vector(MakeVector(
+        {CVeskGdBoolean::Allocate(1), CVeskGdIndirect::Allocate(), CVeskGdBoolean::Allocate(0)}));
     EXPECT_EQ(WriteHex(vector.get(), 0), "0b 03 07");
     EXPECT_EQ(capture.AllDumps(), "Could not serialise vector element at position (2).\n");
 }

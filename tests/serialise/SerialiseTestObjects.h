@@ -69,7 +69,7 @@ class CTestPoint : public CVeskCOMObject {
     VESK_DECLARE_INTERFACE_MAP(CTestPoint)
 
     VESK_BEGIN_INTERFACE_PART(VeskSerialise, IVeskSerialise)
-        int STDMETHODCALLTYPE Serialise(CVeskGdSerialiser* serialiser) override
+        int STDMETHODCALLTYPE Serialise(CVeskGdSerialiser * serialiser) override
         {
             CTestPoint* point = Owner();
             if (point->m_bFailSerialise)
@@ -81,8 +81,8 @@ class CTestPoint : public CVeskCOMObject {
             serialiser->WriteString(point->m_sLabel, true);
             return 1;
         }
-        int STDMETHODCALLTYPE Deserialise(CVeskGdSerialiser* serialiser,
-                                          CVeskGenericData** replacement) override
+        int STDMETHODCALLTYPE Deserialise(CVeskGdSerialiser * serialiser,
+                                          CVeskGenericData * *replacement) override
         {
             CTestPoint* point = Owner();
             if (point->m_pReplacement) {
@@ -118,7 +118,8 @@ class CTestPoint : public CVeskCOMObject {
     {
         void* found = nullptr;
         static_cast<CVeskGdObject*>(value)->GetInterface(IID_IVeskSerialise, &found, DorlPchNil);
-        XVeskSerialiseObj* face = static_cast<XVeskSerialiseObj*>(static_cast<IVeskSerialise*>(found));
+        XVeskSerialiseObj* face =
+            static_cast<XVeskSerialiseObj*>(static_cast<IVeskSerialise*>(found));
         face->Release();
         return face->Owner();
     }
