@@ -194,8 +194,8 @@ private:
         if (Left() >= count)
             return true;
         return Fail(start, std::string("the data ends inside ") + what + " (" +
-                               std::to_string(count) + " bytes wanted, " +
-                               std::to_string(Left()) + " left)");
+                               std::to_string(count) + " bytes wanted, " + std::to_string(Left()) +
+                               " left)");
     }
 
     void Line(size_t start, int depth, const std::string& meaning)
@@ -395,8 +395,8 @@ private:
     {
         for (;;) {
             if (!Left())
-                return Fail(m_nPos, "the data ends inside object " + Quoted(name) +
-                                        ", before its trailer");
+                return Fail(m_nPos,
+                            "the data ends inside object " + Quoted(name) + ", before its trailer");
             if (Byte(m_nPos) == SerialiseObjectTrailer) {
                 size_t start = m_nPos++;
                 Line(start, depth, "end of object " + Quoted(name));
