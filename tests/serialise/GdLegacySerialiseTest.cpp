@@ -74,7 +74,7 @@ TEST_F(GdLegacySerialise, TypedReadsCheckTheWordAndKeepWhatWasWritten)
     CVeskGdLegacySerialiserImpl serialiser(&io);
     serialiser.WriteLong(5, false);
     serialiser.WriteBoolean(2, false);
-    serialiser.WriteUnsignedLong(4000000000L, false);
+    serialiser.WriteUnsignedLong(static_cast<long>(4000000000u), false);
     EXPECT_EQ(io.GetSize(), 32u);
 
     // The public ReadType cannot look ahead in this format and leaves the stream alone.
