@@ -177,7 +177,8 @@ TEST_F(GdSerialise, ObjectsOfOurOwnAreMadeAgainByNameThroughTheCreator)
     written->m_nZ = 4000000000u;
     written->m_bShown = 1;
     written->m_sLabel = "p";
-    VeskAssocArray* array = new VeskAssocArray(CVeskGdDouble::Allocate(0));
+    Ref<CVeskGenericData> zero(CVeskGdDouble::Allocate(0));
+    VeskAssocArray* array = new VeskAssocArray(zero.get());
     array->AddString("k", "v");
     CVeskGenericData* arrayValue = CVeskGdObject::Allocate(array);
     array->Release();
