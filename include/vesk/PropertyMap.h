@@ -427,8 +427,6 @@ template <class T> class CVeskPropertyMap {
 public:
     typedef CVeskPropertyMapItem<T> Item;
 
-    virtual ~CVeskPropertyMap() = default;
-
     // Null when the name is not in the map.
     virtual CVeskGenericData* GetProperty(T* pObject, const CDorlString& name, int bByRef)
     {
