@@ -11,6 +11,33 @@ namespace {
 
 class GdSerialiserIO : public StartedTest {};
 
+// A component that keeps its name and a level on a stream.
+class CGauge : public CVeskComponent {
+public:
+    CGauge() : CVeskComponent("gauge") {}
+    int OnSerialise(CVeskGdSerialiser* serialiser) override
+    {
+        serialiser->WriteString(m_sName, true);
+        serialiser->WriteDouble(m_dLevel, true);
+        return 1;
+    }
+    int OnDeserialise(CVeskGdSerialiser* serialiser, CVeskGenericData**) override
+    {
+        return serialiser->ReadString(m_sName, 1) && serialiser->ReadDouble(m_dLevel, 1);
+    }
+    CDorlString OnGetCreationName() override { return "Gauge"; }
+
+    static CVeskGenericData* Make(const CDorlString&)
+    {
+        CGauge* gauge = new CGauge;
+        CVeskGenericData* value = CVeskGdObject::Allocate(gauge);
+        gauge->Release();
+        return value;
+    }
+
+    double m_dLevel = 0;
+};
+
 TEST_F(GdSerialiserIO, MemoryReadsWholeRequestsOnlyAndHoldsItsCreator)
 {
     CVeskGdObjectCreator* creator = MakeTestCreator();
@@ -33,6 +60,38 @@ TEST_F(GdSerialiserIO, MemoryReadsWholeRequestsOnlyAndHoldsItsCreator)
         io.SetObjectCreator(creator);
     }
     EXPECT_EQ(creator->Release(), 0u);
+}
+
+TEST_F(GdSerialiserIO, ComponentsGoThroughBothFormatsAndAnswerByNameAfterwards)
+{
+    Ref<CVeskGdObjectCreator> creator(new CVeskGdObjectCreator);
+    creator->Register("Gauge", &CGauge::Make);
+    CGauge* gauge = new CGauge;
+    gauge->m_sName = "tank";
+    gauge->m_dLevel = 0.75;
+    Ref<CVeskGenericData> value(CVeskGdObject::Allocate(gauge));
+    gauge->Release();
+
+    for (int legacy = 0; legacy < 2; ++legacy) {
+        CVeskGdMemorySerialiserIO io(creator.get());
+        CVeskGdSerialiserImpl current(&io);
+        CVeskGdLegacySerialiserImpl old(&io);
+        CVeskGdSerialiser& serialiser = legacy ? static_cast<CVeskGdSerialiser&>(old) : current;
+        ASSERT_EQ(serialiser.WriteGdObject(value.get()), 1);
+        Ref<CVeskGenericData> back(serialiser.ReadGdObject());
+        ASSERT_TRUE(back.get());
+        Ref<CVeskGenericData> name(back->GetProperty("name", 0));
+        EXPECT_EQ(Text(name.get()), "tank");
+        IVeskSerialise* serialise = nullptr;
+        static_cast<CVeskGdObject*>(back.get())
+            ->GetInterface(IID_IVeskSerialise, reinterpret_cast<void**>(&serialise), DorlPchNil);
+        ASSERT_TRUE(serialise);
+        CGauge* read = static_cast<CGauge*>(
+            static_cast<CVeskComponent::XVeskSerialiseObj*>(serialise)->Owner());
+        serialise->Release();
+        EXPECT_NE(read, gauge);
+        EXPECT_EQ(read->m_dLevel, 0.75);
+    }
 }
 
 TEST_F(GdSerialiserIO, CreatorMakesRegisteredNamesAndNothingElse)
