@@ -10,8 +10,9 @@ struct HINSTANCE__;
 typedef HINSTANCE__* HINSTANCE;
 typedef HINSTANCE HMODULE;
 typedef void* HANDLE;
-// Cast to the real type of the function before calling.
-typedef intptr_t(STDMETHODCALLTYPE* FARPROC)();
+// Cast to the real type of the function before calling. The type has no result, unlike the
+// platform's, since that is the one function type that compilers let such a cast go from.
+typedef void (*FARPROC)();
 
 constexpr DWORD LOAD_WITH_ALTERED_SEARCH_PATH = 0x00000008;
 constexpr DWORD ERROR_SUCCESS = 0;
