@@ -1,29 +1,24 @@
-// A loadable module built on the framework: a module object whose list holds three counters.
-// Each counter answers the call protocol: its properties "name" and "count", and a call with a
-// "step" parameter that adds the step to the count and yields the new count.
+// A loadable module built on the framework: a module object whose list holds three counter
+// components while the module is started.
 
 #include "ExampleModule.h"
 
 namespace {
 
-class CExampleCounter : public CVeskCOMObject {
-    VESK_DECLARE_INTERFACE_MAP(CExampleCounter)
+// A counter that scripts reach by name: "name" and "count", and Add([step]), which adds the
+// step (1 unless given) to the count and answers the new count.
+class CExampleCounter : public CVeskComponent {
+    VESK_DECLARE_PROPERTY_MAP(CExampleCounter)
 
-    CExampleCounter(const char* name, double count) : m_sName(name), m_dCount(count) {}
-
-    CVeskGenericData* GetProperty(const CDorlString& name)
+public:
+    CExampleCounter(const char* name, double count) : CVeskComponent(name), m_dCount(count)
     {
-        if (name == "name")
-            return CVeskGdString::Allocate(m_sName);
-        if (name == "count")
-            return CVeskGdDouble::Allocate(m_dCount);
-        return nullptr;
+        VESK_FILL_PROPERTY_MAP();
     }
 
     int Add(CVeskCommandContext* context)
     {
         double step = 1;
-        context->SetCalledFunctionName(m_sName);
         context->GetParam("step", &step, 1);
         if (!context->CanProceed(0))
             return 1;
@@ -32,29 +27,13 @@ class CExampleCounter : public CVeskCOMObject {
         return 1;
     }
 
-    VESK_BEGIN_INTERFACE_PART(VeskCommand, IVeskCommand)
-        CVeskGenericData* STDMETHODCALLTYPE GetProperty(const CDorlString& name, int) override
-        {
-            return Owner()->GetProperty(name);
-        }
-        int STDMETHODCALLTYPE SetProperty(const CDorlString&, CVeskGenericData*) override
-        {
-            return 0;
-        }
-        int STDMETHODCALLTYPE CallMethod(CVeskCommandContext * context) override
-        {
-            return Owner()->Add(context);
-        }
-        CVeskPropertyEnum* STDMETHODCALLTYPE GetPropertyEnumerator() override { return nullptr; }
-    VESK_END_INTERFACE_PART(VeskCommand)
-
-    CDorlString m_sName;
     double m_dCount;
 };
 
-VESK_BEGIN_INTERFACE_MAP(CExampleCounter, CVeskCOMObject)
-    VESK_INTERFACE(IID_IVeskCommand, VeskCommand)
-VESK_END_INTERFACE_MAP()
+VESK_BEGIN_PROPERTY_MAP(CExampleCounter, CVeskComponent)
+    VESK_DOUBLE_PROPERTY("count", m_dCount, VeskReadWrite)
+    VESK_FUNCTION_PROPERTY("Add", Add)
+VESK_END_PROPERTY_MAP()
 
 class CExampleModule : public CVeskDLL {
 public:

@@ -60,12 +60,16 @@ int main(int argc, char** argv)
         std::cout << "object:";
         PrintProperty(command, "name");
         PrintProperty(command, "count");
-        CVeskCommandContext context;
-        context.AddParam("step", 2.5);
-        command->CallMethod(&context);
-        if (CVeskGenericData* result = context.GetReturnValue()) {
-            std::cout << " -> add 2.5: " << *result;
-            result->Release();
+        // A method is a property whose value is a function object.
+        if (CVeskGenericData* add = command->GetProperty("Add", 0)) {
+            CVeskCommandContext context;
+            context.AddParam("step", 2.5);
+            add->CallMethod(&context);
+            add->Release();
+            if (CVeskGenericData* result = context.GetReturnValue()) {
+                std::cout << " -> Add(2.5): " << *result;
+                result->Release();
+            }
         }
         std::cout << "\n";
         command->Release();

@@ -75,11 +75,18 @@ TEST(LoadLibrary, AModuleIsLoadedOnceStartedWalkedCalledAndFreed)
     objects->Release();
     EXPECT_EQ(names, "pumps;valves;alarms;");
     ASSERT_NE(valves, nullptr);
-    CVeskCommandContext context;
-    context.AddParam("step", 2.5);
-    EXPECT_EQ(valves->CallMethod(&context), 1);
-    Ref<CVeskGenericData> count(context.GetReturnValue());
-    EXPECT_EQ(Printed(count.get()), "12.5");
+    {
+        // The values go before the module: they hold the counter.
+        Ref<CVeskGenericData> add(valves->GetProperty("Add", 0));
+        ASSERT_NE(add.get(), nullptr);
+        CVeskCommandContext context;
+        context.AddParam("step", 2.5);
+        EXPECT_EQ(add->CallMethod(&context), 1);
+        Ref<CVeskGenericData> result(context.GetReturnValue());
+        EXPECT_EQ(Printed(result.get()), "12.5");
+        Ref<CVeskGenericData> count(valves->GetProperty("count", 0));
+        EXPECT_EQ(Printed(count.get()), "12.5");
+    }
     valves->Release();
 
     EXPECT_EQ(module->Shutdown(), 1);
