@@ -20,17 +20,17 @@ namespace {
 
 const size_t kGranule = 16;
 const int kClasses = 8; // 16, 32, ... 128 bytes
-// Blocks moved between a thread's list and the shared one at a time, and carved at once from
-// the heap when both are empty.
+// Blocks move between a thread and the shared lists as whole batches, so that no list is ever
+// walked: walking freed blocks scattered over the heap would miss the cache at every step.
 const int kBatch = 256;
-// A thread keeps at most this many free blocks of a size.
-const int kThreadMax = 2 * kBatch;
 
+// A free block; the first of a batch on a shared list also links the next batch.
 struct FreeBlock {
     FreeBlock* next;
+    FreeBlock* nextBatch;
 };
 
-// Held only for the few instructions of a splice or for one walk of a batch.
+// Held only for the few instructions of a splice.
 class SpinLock {
 public:
     void Lock()
@@ -47,23 +47,27 @@ private:
 
 struct SharedList {
     SpinLock lock;
-    FreeBlock* head = nullptr;
+    FreeBlock* batches = nullptr;
 };
 
 // Constant-initialised and never destroyed: values are freed until the last static destructor.
 constinit SharedList g_shared[kClasses];
 
-// Plain data, so that it needs no initialisation on first use and stays usable after the
-// thread's destructors have run.
+// Per size, the list that blocks are taken from and freed to, and one full batch in reserve,
+// so that a thread freeing and taking blocks around a batch boundary does not go to the shared
+// lists each time. Plain data, so that it needs no initialisation on first use and stays usable
+// after the thread's destructors have run. Counts may be high after a partial batch; they only
+// decide when a list is full.
 struct ThreadLists {
     FreeBlock* head[kClasses];
     int count[kClasses];
+    FreeBlock* spare[kClasses];
     bool bGone;
 };
 thread_local ThreadLists t_lists;
 
-// Gives the thread's blocks to the shared lists when the thread ends; frees after that go
-// straight to the shared lists.
+// Gives the thread's blocks to the shared lists when the thread ends; blocks freed after that
+// go straight to the shared lists.
 struct ThreadListsOwner {
     ~ThreadListsOwner();
     bool bArmed = false;
@@ -72,35 +76,26 @@ thread_local ThreadListsOwner t_owner;
 
 int ClassOf(size_t size) { return static_cast<int>((size + kGranule - 1) / kGranule) - 1; }
 
-// Puts the chain first..last on the shared list of its size.
-void GiveShared(int sizeClass, FreeBlock* first, FreeBlock* last)
+void GiveBatch(int sizeClass, FreeBlock* first)
 {
     SharedList& shared = g_shared[sizeClass];
     shared.lock.Lock();
-    last->next = shared.head;
-    shared.head = first;
+    first->nextBatch = shared.batches;
+    shared.batches = first;
     shared.lock.Unlock();
 }
 
-// Takes up to a batch from the shared list, else carves a new one; yields the count.
-int TakeBatch(int sizeClass, FreeBlock** pFirst)
+// A batch from the shared list, else a new one carved from the heap.
+FreeBlock* TakeBatch(int sizeClass)
 {
     SharedList& shared = g_shared[sizeClass];
     shared.lock.Lock();
-    FreeBlock* first = shared.head;
-    int count = 0;
-    if (first) {
-        FreeBlock* last = first;
-        for (count = 1; count < kBatch && last->next; ++count)
-            last = last->next;
-        shared.head = last->next;
-        last->next = nullptr;
-    }
+    FreeBlock* first = shared.batches;
+    if (first)
+        shared.batches = first->nextBatch;
     shared.lock.Unlock();
-    if (first) {
-        *pFirst = first;
-        return count;
-    }
+    if (first)
+        return first;
 
     size_t size = (sizeClass + 1) * kGranule;
     char* slab = static_cast<char*>(std::malloc(size * kBatch));
@@ -110,24 +105,22 @@ int TakeBatch(int sizeClass, FreeBlock** pFirst)
         reinterpret_cast<FreeBlock*>(slab + i * size)->next =
             reinterpret_cast<FreeBlock*>(slab + (i + 1) * size);
     reinterpret_cast<FreeBlock*>(slab + (kBatch - 1) * size)->next = nullptr;
-    *pFirst = reinterpret_cast<FreeBlock*>(slab);
-    return kBatch;
+    return reinterpret_cast<FreeBlock*>(slab);
 }
 
 ThreadListsOwner::~ThreadListsOwner()
 {
+    ThreadLists& lists = t_lists;
     for (int sizeClass = 0; sizeClass < kClasses; ++sizeClass) {
-        FreeBlock* first = t_lists.head[sizeClass];
-        if (!first)
-            continue;
-        FreeBlock* last = first;
-        while (last->next)
-            last = last->next;
-        GiveShared(sizeClass, first, last);
-        t_lists.head[sizeClass] = nullptr;
-        t_lists.count[sizeClass] = 0;
+        if (lists.head[sizeClass])
+            GiveBatch(sizeClass, lists.head[sizeClass]);
+        if (lists.spare[sizeClass])
+            GiveBatch(sizeClass, lists.spare[sizeClass]);
+        lists.head[sizeClass] = nullptr;
+        lists.spare[sizeClass] = nullptr;
+        lists.count[sizeClass] = 0;
     }
-    t_lists.bGone = true;
+    lists.bGone = true;
 }
 
 } // namespace
@@ -140,25 +133,30 @@ void* DorlPoolAllocate(size_t size)
     ThreadLists& lists = t_lists;
     FreeBlock* block = lists.head[sizeClass];
     if (block) {
-        lists.head[sizeClass] = block->next;
+        // Freed blocks lie scattered: fetching the next one now saves the wait for it at the
+        // next allocation of this size.
+        FreeBlock* next = block->next;
+        __builtin_prefetch(next, 1);
+        lists.head[sizeClass] = next;
         lists.count[sizeClass]--;
         return block;
     }
-    int count = TakeBatch(sizeClass, &block);
     if (lists.bGone) {
         // The thread is ending: one block for the caller, the rest back to all.
-        if (block->next) {
-            FreeBlock* last = block->next;
-            while (last->next)
-                last = last->next;
-            GiveShared(sizeClass, block->next, last);
-        }
+        block = TakeBatch(sizeClass);
+        if (block->next)
+            GiveBatch(sizeClass, block->next);
         return block;
     }
-    // Touched here, so that the thread gives its blocks back when it ends.
+    // Set here, so that the thread gives its blocks back when it ends.
     t_owner.bArmed = true;
+    block = lists.spare[sizeClass];
+    if (block)
+        lists.spare[sizeClass] = nullptr;
+    else
+        block = TakeBatch(sizeClass);
     lists.head[sizeClass] = block->next;
-    lists.count[sizeClass] = count - 1;
+    lists.count[sizeClass] = kBatch - 1;
     return block;
 }
 
@@ -174,24 +172,21 @@ void DorlPoolFree(void* pointer, size_t size) noexcept
     FreeBlock* block = static_cast<FreeBlock*>(pointer);
     ThreadLists& lists = t_lists;
     if (lists.bGone) {
-        GiveShared(sizeClass, block, block);
+        block->next = nullptr;
+        GiveBatch(sizeClass, block);
         return;
     }
     block->next = lists.head[sizeClass];
     lists.head[sizeClass] = block;
-    if (++lists.count[sizeClass] <= kThreadMax)
+    if (++lists.count[sizeClass] < kBatch)
         return;
-    // Keep the newest half, hand the rest on.
-    FreeBlock* last = block;
-    for (int i = 1; i < kThreadMax - kBatch; ++i)
-        last = last->next;
-    FreeBlock* first = last->next;
-    last->next = nullptr;
-    FreeBlock* end = first;
-    while (end->next)
-        end = end->next;
-    GiveShared(sizeClass, first, end);
-    lists.count[sizeClass] = kThreadMax - kBatch;
+    // A full list becomes the reserve; a reserve already there goes to all.
+    t_owner.bArmed = true;
+    if (lists.spare[sizeClass])
+        GiveBatch(sizeClass, lists.spare[sizeClass]);
+    lists.spare[sizeClass] = block;
+    lists.head[sizeClass] = nullptr;
+    lists.count[sizeClass] = 0;
 }
 
 #else // DORL_POOL_BYPASS
