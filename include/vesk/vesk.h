@@ -8,6 +8,7 @@
 #include "vesk/COMObject.h"
 #include "vesk/Command.h"
 #include "vesk/CommandContext.h"
+#include "vesk/Component.h"
 #include "vesk/ConfigFile.h"
 #include "vesk/ConfigText.h"
 #include "vesk/FunctionObj.h"
@@ -18,4 +19,5 @@
 #include "vesk/GdVector.h"
 #include "vesk/GenericData.h"
 #include "vesk/InterfaceIds.h"
+#include "vesk/PropertyMap.h"
 #include "vesk/VeskExport.h"

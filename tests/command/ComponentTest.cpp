@@ -1,0 +1,154 @@
+#include <string>
+#include <vector>
+
+#include "support/VeskTest.h"
+
+using namespace vesk_test;
+
+namespace {
+
+class Components : public StartedTest {};
+
+IUnknown* Unknown(CVeskComponent* component)
+{
+    return static_cast<IUnknown*>(component->GetInterface(&IID_IUnknown));
+}
+
+// The object that a value read from a component holds, as its IUnknown; null for no object.
+IUnknown* ObjectOf(CVeskGenericData* value)
+{
+    if (!value || value->GetType() != CVeskGenericData::dtObject)
+        return nullptr;
+    IUnknown* unknown = nullptr;
+    static_cast<CVeskGdObject*>(value)->GetObjectA()->QueryInterface(
+        IID_IUnknown, reinterpret_cast<void**>(&unknown));
+    unknown->Release();
+    return unknown;
+}
+
+CVeskGenericData* Read(CVeskComponent* component, const char* name)
+{
+    return component->GetProperty(name, 0);
+}
+
+int Link(CVeskComponent* base, CVeskComponent* derived)
+{
+    Ref<CVeskGenericData> value(
+        derived ? static_cast<CVeskGenericData*>(CVeskGdObject::Allocate(derived))
+                : CVeskGdNull::Allocate());
+    return base->SetProperty("*derived", value.get());
+}
+
+std::vector<std::string> s_monitored;
+void Monitor(void*, const char* name, int bCreated)
+{
+    s_monitored.push_back(std::string(bCreated ? "+" : "-") + name);
+}
+
+} // namespace
+
+TEST_F(Components, NewComponentIsNamedReadOnlyAndItsOwnTopObject)
+{
+    CVeskComponent* component = new CVeskComponent("pump");
+    IVeskCommand* command = nullptr;
+    ASSERT_EQ(component->QueryInterface(&IID_IVeskCommand, reinterpret_cast<void**>(&command)),
+              S_OK);
+    EXPECT_EQ(Text(Ref<CVeskGenericData>(command->GetProperty("name", 0)).get()), "pump");
+    EXPECT_EQ(Text(Ref<CVeskGenericData>(command->GetProperty("*name", 0)).get()), "pump");
+    EXPECT_EQ(Printed(Ref<CVeskGenericData>(command->GetProperty("derived", 0)).get()), "Null");
+    EXPECT_EQ(ObjectOf(Ref<CVeskGenericData>(command->GetProperty("topObject", 0)).get()),
+              Unknown(component));
+
+    Ref<CVeskGenericData> text(CVeskGdString::Allocate("valve"));
+    EXPECT_EQ(command->SetProperty("name", text.get()), 0);
+    EXPECT_EQ(command->SetProperty("topObject", text.get()), 0);
+    EXPECT_EQ(command->SetProperty("unknown", text.get()), 0);
+    EXPECT_EQ(Text(Ref<CVeskGenericData>(command->GetProperty("name", 0)).get()), "pump");
+    EXPECT_EQ(command->GetProperty("unknown", 0), nullptr);
+    CVeskCommandContext context;
+    EXPECT_EQ(command->CallMethod(&context), 0);
+
+    // Every face leads to the same IUnknown, and the hooks answer "not supported".
+    Ref<IVeskSerialise> serialise;
+    Ref<IVeskComponent> face;
+    Ref<IUnknown> unknown;
+    component->QueryInterface(&IID_IVeskSerialise, reinterpret_cast<void**>(&serialise));
+    component->QueryInterface(&IID_IVeskComponent, reinterpret_cast<void**>(&face));
+    serialise->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&unknown));
+    EXPECT_EQ(unknown.get(), static_cast<IUnknown*>(command));
+    EXPECT_EQ(serialise->Serialise(nullptr) + face->WriteData("tag", nullptr) +
+                  face->ReadData("tag", nullptr),
+              0);
+    EXPECT_TRUE(serialise->GetCreationName().IsEmpty());
+    command->Release();
+    EXPECT_EQ(component->Release(), 3u) << "the three held above";
+}
+
+TEST_F(Components, DerivedLinksFormAChainWhoseEndIsTheTopObject)
+{
+    CVeskComponent* base = new CVeskComponent("base");
+    CVeskComponent* middle = new CVeskComponent("middle");
+    CVeskComponent* top = new CVeskComponent("top");
+
+    ASSERT_EQ(Link(base, middle), 1);
+    ASSERT_EQ(Link(middle, top), 1);
+    EXPECT_EQ(ObjectOf(Ref<CVeskGenericData>(Read(base, "derived")).get()), Unknown(middle));
+    EXPECT_EQ(ObjectOf(Ref<CVeskGenericData>(Read(base, "*derived")).get()), Unknown(middle));
+    EXPECT_EQ(ObjectOf(Ref<CVeskGenericData>(Read(base, "topObject")).get()), Unknown(top));
+    EXPECT_EQ(ObjectOf(Ref<CVeskGenericData>(Read(middle, "topObject")).get()), Unknown(top));
+    EXPECT_EQ(ObjectOf(Ref<CVeskGenericData>(Read(top, "topObject")).get()), Unknown(top));
+
+    Ref<CVeskGenericData> text(CVeskGdString::Allocate("top"));
+    EXPECT_EQ(base->SetProperty("*derived", text.get()), 0);
+    EXPECT_EQ(base->m_Derived, Unknown(middle));
+    EXPECT_EQ(base->SetProperty("derived", text.get()), 0);
+
+    // The links hold no references: each component goes with its creator's release.
+    EXPECT_EQ(Link(middle, nullptr), 1);
+    EXPECT_EQ(middle->m_Derived, nullptr);
+    EXPECT_EQ(ObjectOf(Ref<CVeskGenericData>(Read(base, "topObject")).get()), Unknown(middle));
+    EXPECT_EQ(Link(base, nullptr), 1);
+    for (CVeskComponent* component : {base, middle, top})
+        EXPECT_EQ(component->Release(), 0u);
+}
+
+TEST_F(Components, WritingWatchStartsTheTraceWhateverTheBoolean)
+{
+    Capture capture;
+    CVeskComponent* component = new CVeskComponent("watched");
+    EXPECT_EQ(Printed(Ref<CVeskGenericData>(Read(component, "*watch")).get()), "None");
+    Ref<CVeskGenericData> number(CVeskGdDouble::Allocate(1));
+    EXPECT_EQ(component->SetProperty("*watch", number.get()), 0);
+    component->AddRef();
+    component->Release();
+    EXPECT_EQ(capture.AllDumps(), "");
+
+    EXPECT_EQ(component->SetProperty("*watch", CVeskGdBoolean::Allocate(0)), 1);
+    component->AddRef();
+    component->Release();
+    EXPECT_EQ(capture.AllDumps(), "CVeskCOMObject::AddRef RefCount:2\n"
+                                  "CVeskCOMObject::InternalRelease RefCount:1\n");
+    CVeskCOMObject::SetDebugObj(nullptr);
+    component->Release();
+}
+
+TEST_F(Components, EnumeratorDescribesTheSixPropertiesAndMonitorSeesLifetimes)
+{
+    CVeskComponent::SetAllocationMonitor(&Monitor);
+    CVeskComponent* component = new CVeskComponent("listed");
+    CVeskPropertyEnum* properties = component->GetPropertyEnumerator();
+    std::vector<std::string> described = Described(properties);
+    properties->Delete();
+    EXPECT_EQ(described, (std::vector<std::string>{
+                             "*derived|&CVeskComponent::AsteriskDerived|IUnknown|2",
+                             "*name|&CVeskComponent::m_sName|String|0",
+                             "*watch|&CVeskComponent::AsteriskWatch|Boolean|2",
+                             "derived|&CVeskComponent::m_Derived|IVeskCommand|0",
+                             "name|&CVeskComponent::m_sName|String|0",
+                             "topObject|&CVeskComponent::TopObject|Any|2",
+                         }));
+    component->Release();
+    CVeskComponent::SetAllocationMonitor(nullptr);
+    delete new CVeskComponent("unseen");
+    EXPECT_EQ(s_monitored, (std::vector<std::string>{"+listed", "-listed"}));
+}
