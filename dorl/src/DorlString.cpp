@@ -1,6 +1,7 @@
 #include "dorl/DorlString.h"
 
 #include "DorlFormat.h"
+#include "dorl/DorlPool.h"
 
 #include <algorithm>
 #include <atomic>
@@ -64,9 +65,11 @@ void SetLength(char* text, int length)
     text[length + 1] = 0;
 }
 
+size_t BlockSize(int capacity) { return sizeof(StringBlock) + static_cast<size_t>(capacity) + 2; }
+
 char* AllocateText(int capacity)
 {
-    void* memory = ::operator new(sizeof(StringBlock) + static_cast<size_t>(capacity) + 2);
+    void* memory = DorlPoolAllocate(BlockSize(capacity));
     StringBlock* block = new (memory) StringBlock{1, 0, capacity, 0};
     char* text = block->Text();
     SetLength(text, 0);
@@ -88,8 +91,9 @@ void ReleaseText(char* text)
     StringBlock* block = BlockOf(text);
     if (!block->locked && block->refs.fetch_sub(1, std::memory_order_acq_rel) != 1)
         return;
+    size_t size = BlockSize(block->capacity);
     block->~StringBlock();
-    ::operator delete(block);
+    DorlPoolFree(block, size);
 }
 
 char* ShareText(char* text)

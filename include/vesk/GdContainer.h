@@ -18,6 +18,7 @@
 #include "vesk/FunctionObj.h"
 #include "vesk/GdSerialiser.h"
 #include "vesk/GenericData.h"
+#include <dorl/DorlPool.h>
 
 class VESK_API CVeskGenericDataContainer : public CVeskCOMObject {
     VESK_DECLARE_INTERFACE_MAP(CVeskGenericDataContainer)
@@ -33,7 +34,9 @@ class VESK_API CVeskGenericDataContainer : public CVeskCOMObject {
 
 public:
     // Each entry owns one reference; no value is null.
-    typedef std::map<CDorlString, CVeskGenericData*> PropertyMap;
+    typedef std::map<CDorlString, CVeskGenericData*, std::less<CDorlString>,
+                     CDorlPoolAllocator<std::pair<const CDorlString, CVeskGenericData*>>>
+        PropertyMap;
 
     // With bAutoCreate, a missing name comes into being on read (as None) and on write.
     explicit CVeskGenericDataContainer(int bAutoCreate = 0);

@@ -2,6 +2,8 @@
 
 #include <locale.h>
 
+#include <algorithm>
+#include <cfloat>
 #include <cstdarg>
 #include <cstdlib>
 #include <cstring>
@@ -17,23 +19,40 @@
 
 namespace {
 
-// A token of at most 15 decimal digits, with an optional minus, as the bits of its double: such
-// an integer is below 2^53, so the double holds it exactly and the general parser would give the
-// same bits (a minus zero included).
-bool ParseSmallInteger(const char* token, int length, uint64_t* bits)
+// A plain decimal token, an optional minus, at most 15 digits and at most one point, as the bits
+// of its double. Its digits are an integer below 2^53 and the divisor a power of ten up to 10^15,
+// both exact in a double, so one correctly rounded division gives the double nearest to the
+// token, the same as the general parser (a minus zero included). Only where doubles are
+// computed as doubles for fractions: the x87 unit would round twice.
+bool ParseSimpleDecimal(const char* token, int length, uint64_t* bits)
 {
+    const bool bExactDivision = FLT_EVAL_METHOD == 0;
+    static const double kPowers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                     1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
     bool negative = token[0] == '-';
-    int first = negative ? 1 : 0;
-    int digits = length - first;
-    if (digits < 1 || digits > 15)
-        return false;
+    int digits = 0;
+    int fraction = -1;
     int64_t integer = 0;
-    for (int i = first; i < length; ++i) {
-        if (token[i] < '0' || token[i] > '9')
+    for (int i = negative ? 1 : 0; i < length; ++i) {
+        char c = token[i];
+        if (c == '.' && fraction < 0) {
+            fraction = 0;
+            continue;
+        }
+        if (c < '0' || c > '9' || ++digits > 15)
             return false;
-        integer = integer * 10 + (token[i] - '0');
+        integer = integer * 10 + (c - '0');
+        if (fraction >= 0)
+            fraction++;
     }
+    if (digits == 0)
+        return false;
     double value = static_cast<double>(integer);
+    if (fraction > 0) {
+        if (!bExactDivision)
+            return false;
+        value /= kPowers[fraction];
+    }
     if (negative)
         value = -value;
     std::memcpy(bits, &value, sizeof *bits);
@@ -134,20 +153,30 @@ int VeskConfigReader::GetChar(bool bEndAllowed)
 
 void VeskConfigReader::SkipSpace()
 {
+    // Scans the buffer through a local pointer: the members would be stored and loaded again
+    // for every byte, since the compiler cannot tell them apart from the bytes of the buffer.
     bool bComment = false;
     for (;;) {
         if (m_nPos >= m_nCount && !FillBuffer(false))
             return;
-        int c = static_cast<unsigned char>(m_aBuffer[m_nPos]);
-        if (c == '\n') {
-            m_nLine++;
-            bComment = false;
-        } else if (!bComment && c == '#') {
-            bComment = true;
-        } else if (!bComment && !IsSpace(c)) {
-            return;
+        const char* p = m_aBuffer + m_nPos;
+        const char* end = m_aBuffer + m_nCount;
+        int32_t lines = 0;
+        for (; p < end; ++p) {
+            int c = static_cast<unsigned char>(*p);
+            if (c == '\n') {
+                lines++;
+                bComment = false;
+            } else if (!bComment && c == '#') {
+                bComment = true;
+            } else if (!bComment && !IsSpace(c)) {
+                break;
+            }
         }
-        m_nPos++;
+        m_nLine += lines;
+        m_nPos = static_cast<int32_t>(p - m_aBuffer);
+        if (p < end)
+            return;
     }
 }
 
@@ -252,12 +281,27 @@ CVeskGenericData* VeskConfigReader::ReadStringValue()
     char* text = StringBuffer();
     int length = 0;
     for (;;) {
-        int c = GetChar(false);
-        if (c < 0)
+        if (m_nPos >= m_nCount && !FillBuffer(true))
             return nullptr;
-        if (c == '"')
+        // The plain bytes up to the next quote or escape, as one run.
+        const char* run = m_aBuffer + m_nPos;
+        const char* end = m_aBuffer + m_nCount;
+        const char* p = run;
+        int32_t lines = 0;
+        for (; p < end && *p != '"' && *p != '\\'; ++p)
+            lines += *p == '\n';
+        m_nLine += lines;
+        int take = std::min(static_cast<int>(p - run), kMaxString - length);
+        std::memcpy(text + length, run, static_cast<size_t>(take));
+        length += take;
+        m_nPos = static_cast<int32_t>(p - m_aBuffer);
+        if (p == end)
+            continue;
+        m_nPos++;
+        if (*p == '"')
             break;
-        if (c == '\\' && (c = ReadEscape()) < 0)
+        int c = ReadEscape();
+        if (c < 0)
             return nullptr;
         if (length < kMaxString)
             text[length++] = static_cast<char>(c);
@@ -270,14 +314,23 @@ CVeskGenericData* VeskConfigReader::ReadNumberValue()
     SkipSpace();
     char token[kMaxNumber + 1];
     int length = 0;
-    for (;;) {
-        int c = GetChar(false);
-        if (c < 0)
+    for (bool bEnded = false; !bEnded;) {
+        if (m_nPos >= m_nCount && !FillBuffer(true))
             return nullptr;
-        if (IsSpace(c))
-            break;
-        if (length < kMaxNumber)
-            token[length++] = static_cast<char>(ToUpper(c));
+        const char* p = m_aBuffer + m_nPos;
+        const char* end = m_aBuffer + m_nCount;
+        for (; p < end; ++p) {
+            int c = static_cast<unsigned char>(*p);
+            if (IsSpace(c)) {
+                m_nLine += c == '\n';
+                ++p;
+                bEnded = true;
+                break;
+            }
+            if (length < kMaxNumber)
+                token[length++] = static_cast<char>(ToUpper(c));
+        }
+        m_nPos = static_cast<int32_t>(p - m_aBuffer);
     }
     token[length] = 0;
 
@@ -292,8 +345,8 @@ CVeskGenericData* VeskConfigReader::ReadNumberValue()
         bits = 0;
         for (unsigned char byte : bytes)
             bits = bits << 8 | byte;
-    } else if (ParseSmallInteger(token, length, &bits)) {
-        // Most numbers of a settings file are small integers: no need for the general parser.
+    } else if (ParseSimpleDecimal(token, length, &bits)) {
+        // Most numbers of a settings file are short decimals: no need for the general parser.
     } else {
         char* end;
         double value = vesk_config::ParseDouble(token, &end);
@@ -329,24 +382,42 @@ bool VeskConfigReader::ReadLabel(CDorlString* pLabel, bool* pbNumeric)
     char label[kMaxLabel + 1];
     int length = 0;
     bool bNumeric = true;
-    bool bQuoted = false;
     int c = GetChar(false);
     if (c == '"') {
-        bQuoted = true;
         bNumeric = false;
-        c = GetChar(false);
-    }
-    for (;; c = GetChar(false)) {
-        if (c < 0)
-            return false;
-        if (!IsPrint(c) || c == (bQuoted ? '"' : '='))
-            break;
-        if (bQuoted && c == '\\' && (c = ReadEscape()) < 0)
-            return false;
-        if (length < kMaxLabel)
-            label[length++] = static_cast<char>(c);
-        if (!IsDigit(c))
-            bNumeric = false;
+        for (;;) {
+            c = GetChar(false);
+            if (c < 0)
+                return false;
+            if (!IsPrint(c) || c == '"')
+                break;
+            if (c == '\\' && (c = ReadEscape()) < 0)
+                return false;
+            if (length < kMaxLabel)
+                label[length++] = static_cast<char>(c);
+        }
+    } else if (IsPrint(c) && c != '=') {
+        // A plain label, scanned in runs of the buffer up to the byte that ends it.
+        UngetChar();
+        for (bool bEnded = false; !bEnded;) {
+            if (m_nPos >= m_nCount && !FillBuffer(true))
+                return false;
+            const char* p = m_aBuffer + m_nPos;
+            const char* end = m_aBuffer + m_nCount;
+            for (; p < end; ++p) {
+                c = static_cast<unsigned char>(*p);
+                if (!IsPrint(c) || c == '=') {
+                    m_nLine += c == '\n';
+                    ++p;
+                    bEnded = true;
+                    break;
+                }
+                if (length < kMaxLabel)
+                    label[length++] = static_cast<char>(c);
+                bNumeric = bNumeric && IsDigit(c);
+            }
+            m_nPos = static_cast<int32_t>(p - m_aBuffer);
+        }
     }
     while (c != '=') {
         c = GetChar(false);

@@ -1,4 +1,6 @@
-// Module-level behaviour of the library.
+// Module-level behaviour of the library, and the base of module objects.
+
+#include "vesk/DLL.h"
 
 #include <dorl/DorlDiag.h>
 
@@ -11,3 +13,44 @@ extern "C" long __cxa_pure_virtual()
     DorlDisplayAssert("Pure Virtual Function Call", "DLL", 0);
     return 0;
 }
+
+VESK_BEGIN_INTERFACE_MAP(CVeskDLL, CVeskEnumerate)
+    VESK_INTERFACE(IID_IVeskDLL, VeskDLL)
+VESK_END_INTERFACE_MAP()
+
+CVeskDLL::CVeskDLL() : m_pStartupUnknown(nullptr) {}
+
+CVeskDLL::~CVeskDLL() = default;
+
+int CVeskDLL::OnStartup(IUnknown* pUnknown)
+{
+    m_pStartupUnknown = pUnknown;
+    return 1;
+}
+
+int CVeskDLL::OnShutdown()
+{
+    // One entry at a time from the head, so that an entry that a release adds is released too.
+    while (!IsEmpty()) {
+        if (IUnknown* entry = GetHead())
+            entry->Release();
+        RemoveHead();
+    }
+    return 1;
+}
+
+unsigned long CVeskDLL::OnGetVersion() { return 1; }
+
+const CDorlString& CVeskDLL::OnGetName()
+{
+    static const CDorlString s_sEmpty;
+    return s_sEmpty;
+}
+
+int CVeskDLL::XVeskDLLObj::Startup(IUnknown* pUnknown) { return Owner()->OnStartup(pUnknown); }
+
+int CVeskDLL::XVeskDLLObj::Shutdown() { return Owner()->OnShutdown(); }
+
+unsigned long CVeskDLL::XVeskDLLObj::GetVersion() { return Owner()->OnGetVersion(); }
+
+const CDorlString& CVeskDLL::XVeskDLLObj::GetName() { return Owner()->OnGetName(); }

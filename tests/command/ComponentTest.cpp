@@ -68,22 +68,20 @@ TEST_F(Components, NewComponentIsNamedReadOnlyAndItsOwnTopObject)
     CVeskCommandContext context;
     EXPECT_EQ(command->CallMethod(&context), 0);
 
-    // Every face of the object leads to the same IUnknown, and the hooks answer "not supported".
-    IVeskSerialise* serialise = nullptr;
-    IVeskComponent* face = nullptr;
+    // Every face leads to the same IUnknown, and the hooks answer "not supported".
+    Ref<IVeskSerialise> serialise;
+    Ref<IVeskComponent> face;
+    Ref<IUnknown> unknown;
     component->QueryInterface(&IID_IVeskSerialise, reinterpret_cast<void**>(&serialise));
     component->QueryInterface(&IID_IVeskComponent, reinterpret_cast<void**>(&face));
-    IUnknown* unknown = nullptr;
     serialise->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&unknown));
-    EXPECT_EQ(unknown, static_cast<IUnknown*>(command));
-    EXPECT_EQ(serialise->Serialise(nullptr), 0);
+    EXPECT_EQ(unknown.get(), static_cast<IUnknown*>(command));
+    EXPECT_EQ(serialise->Serialise(nullptr) + face->WriteData("tag", nullptr) +
+                  face->ReadData("tag", nullptr),
+              0);
     EXPECT_TRUE(serialise->GetCreationName().IsEmpty());
-    EXPECT_EQ(face->WriteData("tag", nullptr), 0);
-    EXPECT_EQ(face->ReadData("tag", nullptr), 0);
-    for (IUnknown* held : {static_cast<IUnknown*>(command), static_cast<IUnknown*>(serialise),
-                           static_cast<IUnknown*>(face), unknown})
-        held->Release();
-    EXPECT_EQ(component->Release(), 0u);
+    command->Release();
+    EXPECT_EQ(component->Release(), 3u) << "the three held above";
 }
 
 TEST_F(Components, DerivedLinksFormAChainWhoseEndIsTheTopObject)
@@ -139,13 +137,7 @@ TEST_F(Components, EnumeratorDescribesTheSixPropertiesAndMonitorSeesLifetimes)
     CVeskComponent::SetAllocationMonitor(&Monitor);
     CVeskComponent* component = new CVeskComponent("listed");
     CVeskPropertyEnum* properties = component->GetPropertyEnumerator();
-    std::vector<std::string> described;
-    CDorlString name, description, type;
-    CVeskPropertyEnum::ReadOnlyStatus status;
-    while (properties->Next(&name, &description, &type, &status))
-        described.push_back(std::string(name) + "|" + std::string(description) + "|" +
-                            std::string(type) + "|" + std::to_string(status));
-    EXPECT_EQ(properties->Next(&name, &description, &type, &status), 0);
+    std::vector<std::string> described = Described(properties);
     properties->Delete();
     EXPECT_EQ(described, (std::vector<std::string>{
                              "*derived|&CVeskComponent::AsteriskDerived|IUnknown|2",

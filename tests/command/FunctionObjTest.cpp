@@ -24,17 +24,6 @@ int Sum(CVeskCommandContext* context)
 std::vector<std::string> s_handled;
 void Handle(const char* text) { s_handled.emplace_back(text); }
 
-std::vector<std::string> Describe(CVeskPropertyEnum* properties)
-{
-    std::vector<std::string> described;
-    CDorlString name, description, type;
-    CVeskPropertyEnum::ReadOnlyStatus status;
-    while (properties->Next(&name, &description, &type, &status))
-        described.push_back(std::string(name) + "|" + std::string(description) + "|" +
-                            std::string(type) + "|" + std::to_string(status));
-    return described;
-}
-
 } // namespace
 
 TEST_F(FunctionObjects, FreeFunctionIsCalledThroughTheProtocol)
@@ -82,9 +71,9 @@ TEST_F(FunctionObjects, FunctionsDescribeThemselves)
     CVeskPropertyEnum* properties = sum->GetPropertyEnumerator();
     std::vector<std::string> expected = {"name|Name of the function|String|0",
                                          "description|Description of the function|String|0"};
-    EXPECT_EQ(Describe(properties), expected);
+    EXPECT_EQ(Described(properties), expected);
     properties->Reset();
-    EXPECT_EQ(Describe(properties), expected);
+    EXPECT_EQ(Described(properties), expected);
     CVeskGenericData* value = nullptr;
     EXPECT_EQ(properties->GetCurrentValue(&value), 0);
     properties->Delete();
@@ -119,7 +108,7 @@ TEST_F(FunctionObjects, ProxyForwardsUntilCleared)
         context.AddParam(DorlPchNil, 2.0);
         EXPECT_EQ(proxy->CallMethod(&context), 1);
         CVeskPropertyEnum* properties = proxy->GetPropertyEnumerator();
-        EXPECT_EQ(Describe(properties).size(), 2u);
+        EXPECT_EQ(Described(properties).size(), 2u);
         properties->Delete();
     }
     EXPECT_TRUE(capture.dumps.empty());
@@ -135,7 +124,7 @@ TEST_F(FunctionObjects, ProxyForwardsUntilCleared)
     EXPECT_EQ(proxy->CallMethod(&context), 0);
     CVeskPropertyEnum* properties = proxy->GetPropertyEnumerator();
     ASSERT_NE(properties, nullptr);
-    EXPECT_TRUE(Describe(properties).empty());
+    EXPECT_TRUE(Described(properties).empty());
     CVeskGenericData* value = nullptr;
     EXPECT_EQ(properties->GetCurrentValue(&value), 0);
     properties->Delete();

@@ -92,17 +92,6 @@ VESK_END_PROPERTY_MAP()
 
 class PropertyMaps : public StartedTest {};
 
-std::vector<std::string> Describe(CVeskPropertyEnum* properties)
-{
-    std::vector<std::string> described;
-    CDorlString name, description, type;
-    CVeskPropertyEnum::ReadOnlyStatus status;
-    while (properties->Next(&name, &description, &type, &status))
-        described.push_back(std::string(name) + "|" + std::string(description) + "|" +
-                            std::string(type) + "|" + std::to_string(status));
-    return described;
-}
-
 std::string Shown(CVeskGenericData* value) { return value ? Printed(value) : "<null>"; }
 
 } // namespace
@@ -232,7 +221,7 @@ TEST_F(PropertyMaps, EnumeratorListsTheClassThenItsBasesAndResetsTheChain)
 {
     CGauge* gauge = new CGauge();
     CVeskPropertyEnum* properties = gauge->GetPropertyEnumerator();
-    std::vector<std::string> all = Describe(properties);
+    std::vector<std::string> all = Described(properties);
     std::vector<std::string> own(all.begin(), all.begin() + 8);
     EXPECT_EQ(own, (std::vector<std::string>{
                        "Scale|&CGauge::Scale|Function|0",
@@ -248,7 +237,7 @@ TEST_F(PropertyMaps, EnumeratorListsTheClassThenItsBasesAndResetsTheChain)
     EXPECT_EQ(all[8], "*derived|&CVeskComponent::AsteriskDerived|IUnknown|2");
 
     properties->Reset();
-    EXPECT_EQ(Describe(properties), all);
+    EXPECT_EQ(Described(properties), all);
     properties->Delete(); // the component's enumerator goes with it
     gauge->Release();
 }
@@ -270,10 +259,6 @@ TEST_F(PropertyMaps, MapReplacesAndDeletesItsItems)
         EXPECT_EQ(deleted, 1);
         EXPECT_NE(map.Lookup("b"), first);
         EXPECT_EQ(map.Lookup("c"), nullptr);
-        std::string order;
-        for (CVeskVoidPtrMapIterator it = map.GetIterator(); !it.IsEnd(); it.Next())
-            order += it.Name();
-        EXPECT_EQ(order, "ab");
     }
     EXPECT_EQ(deleted, 3);
 }
@@ -286,13 +271,11 @@ class CLateGauge : public CVeskComponent {
 public:
     CLateGauge() : CVeskComponent("late") { VESK_FILL_PROPERTY_MAP(); }
     static int Filled() { return sm_bPropertyMapFilled; }
-    double m_dA = 0, m_dB = 0, m_dC = 0;
+    double m_dLevel = 0;
 };
 
 VESK_BEGIN_PROPERTY_MAP(CLateGauge, CVeskComponent)
-    VESK_DOUBLE_PROPERTY("a", m_dA, VeskReadWrite)
-    VESK_DOUBLE_PROPERTY("b", m_dB, VeskReadWrite)
-    VESK_DOUBLE_PROPERTY("c", m_dC, VeskReadWrite)
+    VESK_DOUBLE_PROPERTY("level", m_dLevel, VeskReadWrite)
 VESK_END_PROPERTY_MAP()
 
 std::atomic<int> s_nFills{0};
@@ -313,7 +296,7 @@ TEST_F(PropertyMaps, FirstInstancesBuiltAtOnceOnManyThreadsFillTheMapOnce)
             VeskFillPropertyMap(&flag, &CountFill);
             CLateGauge* gauge = new CLateGauge();
             Ref<CVeskGenericData> one(CVeskGdDouble::Allocate(1));
-            gauge->SetProperty("b", one.get());
+            gauge->SetProperty("level", one.get());
             gauge->Release();
         });
     for (std::thread& thread : threads)
@@ -323,7 +306,7 @@ TEST_F(PropertyMaps, FirstInstancesBuiltAtOnceOnManyThreadsFillTheMapOnce)
     EXPECT_EQ(CLateGauge::Filled(), 1);
     CLateGauge* gauge = new CLateGauge();
     CVeskPropertyEnum* properties = gauge->GetPropertyEnumerator();
-    EXPECT_EQ(Describe(properties).size(), 9u);
+    EXPECT_EQ(Described(properties).size(), 7u);
     properties->Delete();
     gauge->Release();
 }

@@ -340,6 +340,35 @@ TEST_F(ConfigText, NumbersTakeTheShortestExactForm)
     }
 }
 
+// Short decimals take a quicker course than other numbers; they must read to the same bits.
+TEST_F(ConfigText, DecimalsReadAsTheGeneralParserReadsThem)
+{
+    std::mt19937_64 random(11);
+    std::vector<std::string> tokens = {
+        "0.1",  "-0.0", "0.30000000000000004", "999999999999999",  "9007199254740993",
+        "-.25", "1.",   "0.000000000000001",   "123456789.012345", "-98765.4321"};
+    for (int i = 0; i < 2000; ++i) {
+        std::string digits = std::to_string(random() % 1000000000000000ull);
+        size_t point = 1 + random() % digits.size();
+        tokens.push_back((i % 2 ? "-" : "") + digits.substr(0, point) + "." + digits.substr(point));
+    }
+    std::string text = "[\n";
+    for (size_t i = 0; i < tokens.size(); ++i)
+        text += std::to_string(i + 1) + "=" + tokens[i] + "\n";
+    text += "]\n";
+    Ref<CVeskGenericData> back(VeskReadConfigString(CDorlString(text.c_str())));
+    ASSERT_EQ(Show(back.get()).substr(0, 1), "(");
+    CVeskGdVector* read = static_cast<CVeskGdVector*>(back.get());
+    ASSERT_EQ(read->GetSize(), static_cast<int>(tokens.size()));
+    for (int i = 0; i < read->GetSize(); ++i) {
+        Ref<CVeskGenericData> number(read->GetElement(i));
+        double expected = std::strtod(tokens[i].c_str(), nullptr);
+        EXPECT_EQ(std::bit_cast<uint64_t>(static_cast<CVeskGdDouble*>(number.get())->m_dValue),
+                  std::bit_cast<uint64_t>(expected))
+            << tokens[i];
+    }
+}
+
 TEST_F(ConfigText, TextIsQuotedOnlyWhereABareFormWouldReadWrong)
 {
     std::string binary("\x01\x80\xff\0z", 5);

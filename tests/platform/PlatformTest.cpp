@@ -1,3 +1,4 @@
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -73,4 +74,22 @@ TEST(Platform, CriticalSectionsAreReentrantAndExclusive)
         thread.join();
     EXPECT_EQ(shared, 40000);
     DeleteCriticalSection(&section);
+}
+
+TEST(Platform, LibraryCallsFailWithTheLoadersWords)
+{
+    HMODULE libc = LoadLibraryExA("libc.so.6", nullptr, LOAD_WITH_ALTERED_SEARCH_PATH);
+    ASSERT_NE(libc, nullptr) << StandinGetLoadErrorText();
+    EXPECT_NE(GetProcAddress(libc, "strlen"), nullptr);
+    EXPECT_EQ(GetProcAddress(libc, "NoSuchFunction"), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_PROC_NOT_FOUND);
+    EXPECT_NE(std::string(StandinGetLoadErrorText()).find("NoSuchFunction"), std::string::npos);
+    EXPECT_TRUE(FreeLibrary(libc));
+
+    EXPECT_FALSE(FreeLibrary(nullptr));
+    EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
+    EXPECT_EQ(LoadLibraryExA("", nullptr, 0), nullptr);
+    EXPECT_EQ(LoadLibraryExA("libvesk-none.so", nullptr, 0), nullptr);
+    EXPECT_EQ(GetLastError(), ERROR_MOD_NOT_FOUND);
+    EXPECT_NE(std::string(StandinGetLoadErrorText()).find("libvesk-none.so"), std::string::npos);
 }

@@ -5,6 +5,7 @@
 #include <initializer_list>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -51,6 +52,18 @@ inline CVeskGdVector* MakeVector(std::initializer_list<CVeskGenericData*> values
         value->Release();
     }
     return vector;
+}
+
+// What an enumerator lists, one "name|description|type|status" per property, to its end.
+inline std::vector<std::string> Described(CVeskPropertyEnum* properties)
+{
+    std::vector<std::string> described;
+    CDorlString name, description, type;
+    CVeskPropertyEnum::ReadOnlyStatus status;
+    while (properties->Next(&name, &description, &type, &status))
+        described.push_back(std::string(name) + "|" + std::string(description) + "|" +
+                            std::string(type) + "|" + std::to_string(status));
+    return described;
 }
 
 // Holds one reference and releases it at the end of the scope.

@@ -4,6 +4,7 @@
 #include "DorlDiag.h"
 #include "DorlExport.h"
 #include "DorlList.h"
+#include "DorlPool.h"
 #include "DorlProbe.h"
 #include "DorlString.h"
 #include "DorlThread.h"
