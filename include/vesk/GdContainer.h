@@ -46,6 +46,7 @@ public:
     void AddProperty(const CDorlString& name, CVeskGenericData* value);
     // Takes over the caller's reference. An entry of that name keeps its place.
     void AddPropertyNoRef(const CDorlString& name, CVeskGenericData* value);
+    void AddPropertyNoRef(CDorlString&& name, CVeskGenericData* value);
     void AddObject(const CDorlString& name, IUnknown* object);
     void AddObject(const CDorlString& name, CVeskCOMObject* object);
     void AddString(const CDorlString& name, const CDorlString& value);
@@ -123,8 +124,14 @@ protected:
     CVeskGenericData* m_poDefault; // one reference; never null
 
 private:
+    // The configuration reader fills arrays that no one else sees yet.
+    friend class VeskConfigReader;
+
     CVeskGenericData* ReservedProperty(const CDorlString& name);
     bool IsDefault(CVeskGenericData* value);
+    // OnSetProperty for an array that no other thread can reach: takes over the name and the
+    // caller's reference to the value, without the lock.
+    void TakeEntry(CDorlString&& name, CVeskGenericData* value);
 };
 
 // "_Exist" of an array: whether a key has an entry. Holds the array alive.

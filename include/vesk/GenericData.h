@@ -12,7 +12,6 @@
 
 #include "vesk/Command.h"
 #include "vesk/VeskExport.h"
-#include <dorl/DorlPool.h>
 
 class VESK_API CVeskGenericData : public IVeskCommand {
 public:
@@ -34,10 +33,6 @@ public:
     typedef void (*AllocationMonitor)(void* object, const char* typeName, int bCreated);
 
     CVeskGenericData();
-
-    // Values are many and small: they come from the pool of small blocks (dorl/DorlPool.h).
-    static void* operator new(size_t size) { return DorlPoolAllocate(size); }
-    static void operator delete(void* block, size_t size) noexcept { DorlPoolFree(block, size); }
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** ppv) override;
     ULONG STDMETHODCALLTYPE AddRef() override;

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include <dorl/DorlDiag.h>
 
@@ -459,7 +460,7 @@ CVeskGenericData* VeskConfigReader::ReadCollection()
         if (!bNumeric) {
             if (!array.Get())
                 array.Reset(new VeskAssocArray(CVeskGdNull::Allocate()));
-            array.Get()->OnSetProperty(label, value.Get());
+            array.Get()->TakeEntry(std::move(label), value.Take());
             continue;
         }
         if (!vector.Get())

@@ -1,6 +1,7 @@
 // The associative array, its two function objects, and the one lock of all arrays.
 
 #include <atomic>
+#include <utility>
 
 #include <dorl/DorlProbe.h>
 #include <standin/Sync.h>
@@ -171,6 +172,16 @@ int VeskAssocArray::OnSetProperty(const CDorlString& name, CVeskGenericData* val
     // Replaces an entry of that name or makes one, with one walk of the map.
     AddProperty(name, value);
     return 1;
+}
+
+void VeskAssocArray::TakeEntry(CDorlString&& name, CVeskGenericData* value)
+{
+    if (name[0] == '*' || IsDefault(value)) {
+        OnSetProperty(name, value);
+        value->Release();
+        return;
+    }
+    AddPropertyNoRef(std::move(name), value);
 }
 
 int VeskAssocArray::OnSerialise(CVeskGdSerialiser* serialiser)

@@ -2,6 +2,8 @@
 
 #include "vesk/GdContainer.h"
 
+#include <utility>
+
 #include "vesk/GdIndirect.h"
 #include "vesk/GdObject.h"
 #include "vesk/InterfaceIds.h"
@@ -49,7 +51,12 @@ void CVeskGenericDataContainer::AddProperty(const CDorlString& name, CVeskGeneri
 
 void CVeskGenericDataContainer::AddPropertyNoRef(const CDorlString& name, CVeskGenericData* value)
 {
-    auto [entry, bAdded] = m_Properties.try_emplace(name, value);
+    AddPropertyNoRef(CDorlString(name), value);
+}
+
+void CVeskGenericDataContainer::AddPropertyNoRef(CDorlString&& name, CVeskGenericData* value)
+{
+    auto [entry, bAdded] = m_Properties.try_emplace(std::move(name), value);
     if (bAdded)
         return;
     // Released once the entry holds the new value: its release may reach this container.

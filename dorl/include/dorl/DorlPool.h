@@ -1,7 +1,7 @@
 #pragma once
 
-// Small blocks: the texts of short strings, and the values and map nodes of the libraries
-// built on this one.
+// Small blocks: the texts of short strings, and the map nodes of the libraries built on this
+// one.
 //
 // A tree of settings is hundreds of thousands of objects of a few sizes, made and freed together.
 // The general heap keeps such blocks on lists that it merges and sorts again whenever a larger
