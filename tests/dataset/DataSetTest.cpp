@@ -10,7 +10,7 @@ using namespace vesk_test;
 
 namespace {
 
-// A table in memory with rows 0 to n - 1; every call the set makes is logged.
+// Three rows in memory with ids 0 to 2 (none when empty); the set's calls that matter are logged.
 class CTable : public CVeskDataSet {
 public:
     struct Column {
@@ -19,42 +19,22 @@ public:
     };
     struct Row {
         int nId;
-        std::string sName;
+        char szName[8];
         double dPrice;
         int bActive;
         double dWhen;
     };
 
-    explicit CTable(std::vector<Row> rows) : m_Rows(std::move(rows)) {}
+    explicit CTable(int bEmpty = 0) : m_nRows(bEmpty ? 0 : 3) {}
 
-    int OnNext() override
-    {
-        if (m_nRow + 1 >= static_cast<int>(m_Rows.size()))
-            return 0;
-        ++m_nRow;
-        return 1;
-    }
+    int OnNext() override { return m_nRow + 1 < m_nRows ? ++m_nRow, 1 : 0; }
     void* OnGetValue(int nColumn) override
     {
-        if (m_nRow >= static_cast<int>(m_Rows.size()) || m_bNullCells)
+        if (m_bNullCells || nColumn < 0 || nColumn > 5 || m_nRow >= m_nRows)
             return nullptr;
         Row& row = m_Rows[m_nRow];
-        switch (nColumn) {
-        case 0:
-            return &row.nId;
-        case 1:
-            return const_cast<char*>(row.sName.c_str());
-        case 2:
-            return &row.dPrice;
-        case 3:
-            return &row.bActive;
-        case 4:
-            return &row.dWhen;
-        case 5:
-            return &m_nOdd;
-        default:
-            return nullptr;
-        }
+        void* cells[] = {&row.nId, row.szName, &row.dPrice, &row.bActive, &row.dWhen, &m_nOdd};
+        return cells[nColumn];
     }
     int OnGetNumCols() override { return 6; }
     CDorlString OnGetColName(int nColumn) override
@@ -69,44 +49,31 @@ public:
                 return i;
         return -1;
     }
-    int OnGetColType(int nColumn) override
-    {
-        return nColumn >= 0 && nColumn < 6 ? m_Columns[nColumn].type : 0;
-    }
+    int OnGetColType(int nColumn) override { return m_Columns[nColumn].type; }
     int OnSort(const CDorlString& colName, int nOrder) override
     {
         m_Log += "sort " + std::string(colName) + " " + std::to_string(nOrder) + ";";
         return 1;
     }
-    int OnReset() override
-    {
-        m_nRow = 0;
-        return 1;
-    }
+    int OnReset() override { return m_nRow = 0, 1; }
     int OnGetRowId() override { return m_nRow; }
     int OnSetRow(int nRowId) override
     {
         m_Log += "row " + std::to_string(nRowId) + ";";
-        if (nRowId < 0 || nRowId >= static_cast<int>(m_Rows.size()))
-            return 0;
-        m_nRow = nRowId;
-        return 1;
+        return nRowId >= 0 && nRowId < m_nRows ? m_nRow = nRowId, 1 : 0;
     }
-    int OnGetNumRows() override { return static_cast<int>(m_Rows.size()); }
+    int OnGetNumRows() override { return m_nRows; }
 
     Column m_Columns[6] = {{"id", ctInteger},     {"name", ctString}, {"price", ctDouble},
                            {"active", ctBoolean}, {"when", ctDouble}, {"odd", 42}};
-    std::vector<Row> m_Rows;
+    Row m_Rows[3] = {
+        {42, "tea", 1.5, 1, 86400.0}, {7, "cake", 12.25, 0, 90061.0}, {-3, "jam", 0, 1, 0}};
+    int m_nRows;
     int m_nRow = 0;
     int m_bNullCells = 0;
     int m_nOdd = 3; // the cell of the column of an unknown type
     std::string m_Log;
 };
-
-std::vector<CTable::Row> ThreeRows()
-{
-    return {{42, "tea", 1.5, 1, 86400.0}, {7, "cake", 12.25, 0, 90061.0}, {-3, "jam", 0, 1, 0}};
-}
 
 class DataSets : public StartedTest {
 protected:
@@ -128,7 +95,7 @@ std::string Text(IVeskTree* tree, CVeskGenericData* element, const char* column,
 
 TEST_F(DataSets, ScriptFunctionsReachTheCursorAndCells)
 {
-    CTable* table = new CTable(ThreeRows());
+    CTable* table = new CTable();
     Capture capture;
     ContextMessages().clear();
     struct Case {
@@ -168,7 +135,7 @@ TEST_F(DataSets, ScriptFunctionsReachTheCursorAndCells)
 
 TEST_F(DataSets, ColumnsReadAsPropertiesAndHideFunctions)
 {
-    CTable* table = new CTable(ThreeRows());
+    CTable* table = new CTable();
     table->m_Columns[4].name = "Next";
     EXPECT_EQ(Shown(Ref<CVeskGenericData>(table->GetProperty("price", 0)).get()), "1.5");
     EXPECT_EQ(Shown(Ref<CVeskGenericData>(table->GetProperty("Next", 0)).get()), "86400");
@@ -203,7 +170,7 @@ TEST_F(DataSets, ColumnsReadAsPropertiesAndHideFunctions)
 
 TEST_F(DataSets, SetColTypeChangesTextNotValues)
 {
-    CTable* table = new CTable(ThreeRows());
+    CTable* table = new CTable();
     Ref<IVeskTree> tree;
     ASSERT_EQ(table->QueryInterface(&IID_IVeskTree, reinterpret_cast<void**>(&tree)), S_OK);
     Ref<CVeskGenericData> row0(CVeskGdDouble::Allocate(0));
@@ -243,7 +210,7 @@ TEST_F(DataSets, SetColTypeChangesTextNotValues)
 
 TEST_F(DataSets, ElementTextsAndSortKeysWithTheirComplaints)
 {
-    CTable* table = new CTable(ThreeRows());
+    CTable* table = new CTable();
     Ref<IVeskTree> tree;
     table->QueryInterface(&IID_IVeskTree, reinterpret_cast<void**>(&tree));
     table->m_sType = "Folder";
@@ -289,7 +256,7 @@ TEST_F(DataSets, ElementTextsAndSortKeysWithTheirComplaints)
 
 TEST_F(DataSets, TheWalkHandsOutEachRowOnce)
 {
-    CTable* table = new CTable(ThreeRows());
+    CTable* table = new CTable();
     Ref<IVeskTree> tree;
     table->QueryInterface(&IID_IVeskTree, reinterpret_cast<void**>(&tree));
     for (int pass = 0; pass < 2; ++pass) {
@@ -315,7 +282,7 @@ TEST_F(DataSets, TheWalkHandsOutEachRowOnce)
 
 TEST_F(DataSets, SerialisingWritesEveryRowAndPutsTheCursorBack)
 {
-    CTable* table = new CTable(ThreeRows());
+    CTable* table = new CTable();
     table->OnSetRow(1);
     table->m_Log.clear();
     CRecordingSerialiser serialiser;
@@ -328,7 +295,7 @@ TEST_F(DataSets, SerialisingWritesEveryRowAndPutsTheCursorBack)
                                   "Unknown column type 42\n");
     EXPECT_EQ(table->m_Log, "name0;name1;name2;name3;name4;name5;row 0;row 1;row 2;row 1;");
 
-    CTable* empty = new CTable({});
+    CTable* empty = new CTable(1);
     CRecordingSerialiser nothing;
     EXPECT_EQ(empty->OnSerialise(&nothing), 1);
     EXPECT_EQ(nothing.m_Log, "D2 D0 D6 Sid Sname Sprice Sactive Swhen Sodd ");

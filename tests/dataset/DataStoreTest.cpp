@@ -8,8 +8,8 @@ using namespace vesk_test;
 
 namespace {
 
-// Keeps strings and numbers in memory under "section/tag", and logs the other hooks it is
-// asked. m_bResult is what every hook answers.
+// Keeps strings in memory under "section/tag" and logs the other hooks it is asked; they answer
+// m_bResult.
 class CMemoryStore : public CVeskDataStore {
 public:
     CMemoryStore() : CVeskDataStore("memory") {}
@@ -32,22 +32,7 @@ public:
     int OnReadString(const CDorlString& tag, CDorlString& value) override
     {
         auto found = m_Values.find(m_sPath + std::string(tag));
-        if (found == m_Values.end())
-            return 0;
-        value = found->second.c_str();
-        return 1;
-    }
-    int OnWriteDouble(const CDorlString& tag, double value) override
-    {
-        return OnWriteString(tag, std::to_string(value).c_str());
-    }
-    int OnReadDouble(const CDorlString& tag, double* pValue) override
-    {
-        CDorlString text;
-        if (!OnReadString(tag, text))
-            return 0;
-        *pValue = std::stod(std::string(text));
-        return 1;
+        return found != m_Values.end() ? value = found->second.c_str(), 1 : 0;
     }
     int OnWriteBool(const CDorlString&, int) override { return m_bResult; }
     int OnOpen(const CDorlString& name, const int& bReadOnly) override
@@ -60,10 +45,9 @@ public:
                  std::string(static_cast<char*>(pBuffer), nLength) + ";";
         return m_bResult;
     }
-    int OnReadBinary(const CDorlString&, void* pBuffer, unsigned long nLength) override
+    int OnReadBinary(const CDorlString&, void* pBuffer, unsigned long) override
     {
-        if (nLength >= 2)
-            static_cast<char*>(pBuffer)[1] = 'x';
+        static_cast<char*>(pBuffer)[1] = 'x';
         return m_bResult;
     }
     int OnWriteVector(const CDorlString& tag, CVeskGdVector*) override
@@ -76,10 +60,7 @@ public:
         *ppValue = MakeVector({Num(1), Num(2)});
         return m_bResult;
     }
-    CDorlString OnEnumEntries(int nIndex) override
-    {
-        return ("entry " + std::to_string(nIndex)).c_str();
-    }
+    CDorlString OnEnumEntries(int nIndex) override { return std::to_string(nIndex).c_str(); }
 
     std::string m_sPath;
     std::map<std::string, std::string> m_Values;
@@ -87,7 +68,7 @@ public:
     int m_bResult = 1;
 };
 
-// A component that keeps a label and a size under its tag, through the store's interface.
+// A component that keeps its label under its tag, through the store's interface.
 class CGadget : public CVeskComponent {
 public:
     CGadget() : CVeskComponent("gadget") {}
@@ -95,18 +76,15 @@ public:
     int OnWriteData(const CDorlString& tag, IVeskDataStore* pStore) override
     {
         return pStore->Descend(tag, 0) && pStore->WriteString("label", m_sLabel) &&
-               pStore->WriteDouble("size", m_dSize) && pStore->Ascend();
+               pStore->Ascend();
     }
     int OnReadData(const CDorlString& tag, IVeskDataStore* pStore) override
     {
-        int bRead = pStore->Descend(tag, 1) && pStore->ReadString("label", m_sLabel) &&
-                    pStore->ReadDouble("size", &m_dSize);
-        pStore->Ascend();
-        return bRead;
+        int bRead = pStore->Descend(tag, 1) && pStore->ReadString("label", m_sLabel);
+        return pStore->Ascend() && bRead;
     }
 
     CDorlString m_sLabel;
-    double m_dSize = 0;
 };
 
 class DataStores : public StartedTest {
@@ -223,7 +201,7 @@ TEST_F(DataStores, ScriptFunctionsReachTheSubclassHooks)
     EXPECT_EQ(Call(store, "ReadVector", {{"tag", Str("v")}, {"default", Num(0)}}), "[1, 2]");
     EXPECT_EQ(Call(store, "ReadBinary", {{"tag", Str("b")}, {"length", Num(2)}}),
               std::string("\"\0x\"", 4));
-    EXPECT_EQ(Call(store, "EnumEntries", {{"index", Num(3)}}), "\"entry 2\"");
+    EXPECT_EQ(Call(store, "EnumEntries", {{"index", Num(3)}}), "\"2\"");
     EXPECT_EQ(Call(store, "WriteInteger", {{"tag", Str("i")}, {"value", Num(-7.9)}}), "True");
     EXPECT_EQ(store->m_Log, "binary b raw;vector v;");
 
@@ -245,7 +223,7 @@ TEST_F(DataStores, ScriptFunctionsReachTheSubclassHooks)
     CDorlString text;
     EXPECT_EQ(face->ReadString("direct", text), 1);
     EXPECT_EQ(std::string(text), "yes");
-    EXPECT_EQ(std::string(face->EnumEntries(5)), "entry 5");
+    EXPECT_EQ(std::string(face->EnumEntries(5)), "5");
     EXPECT_EQ(face->ReadAssocArray("a", nullptr) + face->WriteAssocArray("a", nullptr), 0);
     face->Close();
     EXPECT_EQ(Read(store, "level"), "-1");
@@ -259,7 +237,6 @@ TEST_F(DataStores, ComponentsWriteAndReadThemselves)
     EXPECT_EQ(Call(store, "Open", {{"name", Str("memory")}}), "True");
     CGadget* gadget = new CGadget();
     gadget->m_sLabel = "lamp";
-    gadget->m_dSize = 2.5;
     EXPECT_EQ(Call(store, "WriteObject", {{"tag", Str("g1")}, {"object", Num(0)}}), "None");
     CVeskGenericData* object = CVeskGdObject::Allocate(gadget);
     EXPECT_EQ(Call(store, "WriteObject", {{"tag", Str("g1")}, {"object", object}}), "True");
@@ -269,7 +246,7 @@ TEST_F(DataStores, ComponentsWriteAndReadThemselves)
     EXPECT_EQ(
         Call(store, "ReadObject", {{"tag", Str("g1")}, {"object", CVeskGdObject::Allocate(copy)}}),
         "True");
-    EXPECT_EQ(std::string(copy->m_sLabel) + " " + std::to_string(copy->m_dSize), "lamp 2.500000");
+    EXPECT_EQ(std::string(copy->m_sLabel), "lamp");
     EXPECT_EQ(
         Call(store, "ReadObject", {{"tag", Str("g2")}, {"object", CVeskGdObject::Allocate(copy)}}),
         "False");
