@@ -2,7 +2,7 @@
 # Sets up what is missing, then builds and tests Vesk in every configuration: native x86-64,
 # 32-bit i386, AddressSanitizer + UndefinedBehaviorSanitizer, and ThreadSanitizer. Also checks
 # that an outside project builds against the library through find_package, add_subdirectory and
-# pkg-config, and fuzzes the text readers for a minute each.
+# pkg-config, and fuzzes the configuration text reader and both stream readers for a minute each.
 # VESK_LEGS="native asan" limits the configurations; VESK_FUZZ_SECONDS sets the fuzzing time.
 set -uo pipefail
 cd "$(dirname "$0")"
@@ -20,7 +20,7 @@ for leg in $legs; do
         echo "=== fuzz: ${fuzz_seconds}s per target (clang, ASan+UBSan)"
         if scripts/fuzz.sh "$fuzz_seconds" >"$logdir/fuzz" 2>&1; then
             passed=$((passed + 1))
-            grep -E '^Done [0-9]+ runs' "$logdir/fuzz" | tail -n 1
+            grep -E "^(=== |Done [0-9]+ runs)" "$logdir/fuzz"
         else
             tail -n 40 "$logdir/fuzz"
             echo "=== fuzz FAILED"

@@ -3,7 +3,7 @@
 set -euo pipefail
 
 packages=(cmake ninja-build g++ g++-multilib libgtest-dev libbenchmark-dev pkg-config
-          nlohmann-json3-dev rapidjson-dev
+          nlohmann-json3-dev rapidjson-dev libmsgpack-cxx-dev
           clang libclang-rt-14-dev)
 
 missing=()

@@ -4,6 +4,8 @@
 // The stream belongs to the caller, behind a CVeskGdSerialiserIO; a CVeskGdSerialiser writes one
 // format on it; an object that can be written offers IVeskSerialise.
 
+#include <cstdint>
+
 #include <dorl/DorlString.h>
 #include <standin/Unknown.h>
 
@@ -82,4 +84,117 @@ struct IVeskSerialise : public IUnknown {
 
 protected:
     ~IVeskSerialise() = default;
+};
+
+// The current, compact format: one type byte per value, variable-length counts. A serialiser is
+// made around the caller's stream for one stream and one thread; it owns nothing.
+class VESK_API CVeskGdSerialiserImpl : public CVeskGdSerialiser {
+public:
+    explicit CVeskGdSerialiserImpl(CVeskGdSerialiserIO* io);
+
+    int WriteGdObject(CVeskGenericData* value) override;
+    int WriteObject(CVeskGdObject* object) override;
+    void WriteDouble(double value, bool writeType) override;
+    void WriteLong(long value, bool writeType) override;
+    void WriteUnsignedLong(long value, bool writeType) override;
+    // Always typed: the type byte is the value.
+    void WriteBoolean(int value, bool writeType) override;
+    void WriteString(CDorlString value, bool writeType) override;
+    // Always the one type byte.
+    void WriteNull(bool writeType) override;
+    void WriteVectorHeader(int size) override;
+    CVeskGenericData* ReadGdObject() override;
+    // With checkType 0 the type byte must have been consumed already.
+    CVeskGenericData* ReadObject(int checkType) override;
+    int ReadDouble(double& value, int checkType) override;
+    int ReadLong(long& value, int checkType) override;
+    int ReadUnsignedLong(unsigned long& value, int checkType) override;
+    // Always reads the type byte, which is the value; checkType has no effect.
+    int ReadBoolean(int& value, int checkType) override;
+    int ReadString(CDorlString& value, int checkType) override;
+    // The next type byte, widened with its sign; 0 at the end of the data (and for a zero byte).
+    SerialiseType ReadType() override;
+
+    // Values nest at most this many levels deep when read; the writer has no limit.
+    static const int kMaxDepth = 200;
+
+protected:
+    CVeskGdSerialiserIO* m_pIO;
+    int m_objectDepth;
+    int m_depth;
+
+private:
+    int CheckType(int expected);
+    int ReadToObjectTrailer(int code);
+    int ReadData(int code, CVeskGenericData** out);
+    int ReadVector(CVeskGenericData** out);
+    int ReadArray(CVeskGenericData** out);
+    int ReadBytes(void* data, int size);
+    void WriteByte(int value);
+    void WriteCount(uint32_t value);
+
+    // Set once the stream has said that its data ended: loops over a count from the stream stop
+    // there rather than going on for as long as the count says.
+    int m_bEndOfData;
+};
+
+// The older format: a 32-bit type word per value holding the value's DataType, and every write
+// typed whatever its writeType says. Objects need a creation name and a creator in the stream,
+// "AssocArray" too. A subclass that answers GetDebugOutputLevel above 0 gets a trace of what
+// objects write and read.
+class VESK_API CVeskGdLegacySerialiserImpl : public CVeskGdSerialiser {
+public:
+    explicit CVeskGdLegacySerialiserImpl(CVeskGdSerialiserIO* io);
+
+    int WriteGdObject(CVeskGenericData* value) override;
+    int WriteObject(CVeskGdObject* object) override;
+    void WriteDouble(double value, bool writeType) override;
+    // As a double.
+    void WriteLong(long value, bool writeType) override;
+    // As a double, the value taken as unsigned.
+    void WriteUnsignedLong(long value, bool writeType) override;
+    void WriteBoolean(int value, bool writeType) override;
+    void WriteString(CDorlString value, bool writeType) override;
+    // Writes nothing: only a Null value inside WriteGdObject has a form.
+    void WriteNull(bool writeType) override;
+    void WriteVectorHeader(int size) override;
+    CVeskGenericData* ReadGdObject() override;
+    CVeskGenericData* ReadObject(int checkType) override;
+    int ReadDouble(double& value, int checkType) override;
+    // A double truncated to 32 bits.
+    int ReadLong(long& value, int checkType) override;
+    int ReadUnsignedLong(unsigned long& value, int checkType) override;
+    // The 32-bit value as written, not reduced to 0 or 1.
+    int ReadBoolean(int& value, int checkType) override;
+    int ReadString(CDorlString& value, int checkType) override;
+    // 0 without reading: the format gives no way to look at a type before reading it.
+    SerialiseType ReadType() override;
+
+    // The format sets no bound on nesting; this reader stops where the current one does, so
+    // that a hostile stream cannot run it out of stack.
+    static const int kMaxDepth = 200;
+
+protected:
+    CVeskGdSerialiserIO* m_pIO;
+    int m_objectDepth;
+
+private:
+    // The word is kept as read: it need not be a DataType at all in a damaged stream.
+    int ReadType(int32_t& type);
+    int ReadExpectedType(int32_t expected, int32_t& got);
+    int ReadExpectedType(int32_t expected);
+    int ReadObjectTrailer();
+    void WriteObjectTrailer();
+    int ReadToObjectTrailer(int32_t type);
+    int ReadData(int32_t type, CVeskGenericData** out);
+    int ReadVector(CVeskGenericData** out);
+    int ReadBytes(void* data, int size);
+    int ReadWord(int32_t& value);
+    void WriteWord(int32_t value);
+    // Lines of the debug trace: object lines at any level above 0, value lines inside objects.
+    bool Tracing();
+    bool TracingValues();
+
+    int m_nNesting;
+    int m_bEndOfData;
 };

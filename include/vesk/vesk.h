@@ -20,6 +20,7 @@
 #include "vesk/GdIndirect.h"
 #include "vesk/GdObject.h"
 #include "vesk/GdSerialiser.h"
+#include "vesk/GdSerialiserIO.h"
 #include "vesk/GdVector.h"
 #include "vesk/GenericData.h"
 #include "vesk/InterfaceIds.h"

@@ -9,5 +9,7 @@ constexpr int kUsageError = 2;
 
 // vesk config <subcommand> ...: argv holds what follows "config".
 int RunConfig(int argc, char** argv);
+// vesk gds <subcommand> ...: argv holds what follows "gds".
+int RunGds(int argc, char** argv);
 
 } // namespace vesk_tool

@@ -13,6 +13,7 @@ const char kUsage[] = "usage: vesk <command> [arguments]\n"
                       "\n"
                       "commands:\n"
                       "  config    read, check and change configuration files\n"
+                      "  gds       byte streams of values: encode, decode, dump\n"
                       "\n"
                       "vesk <command> --help tells more.\n";
 
@@ -31,6 +32,8 @@ int main(int argc, char** argv)
     }
     if (!std::strcmp(argv[1], "config"))
         return vesk_tool::RunConfig(argc - 2, argv + 2);
+    if (!std::strcmp(argv[1], "gds"))
+        return vesk_tool::RunGds(argc - 2, argv + 2);
     std::fprintf(stderr, "vesk: unknown command '%s'\n\n%s", argv[1], kUsage);
     return vesk_tool::kUsageError;
 }
