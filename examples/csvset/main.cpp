@@ -2,13 +2,17 @@
 // functions, a viewer lists it through the IVeskTree walk as a text table, orders it by sort
 // keys, and the set is written to a byte stream.
 //
-//     vesk_csv_dataset <file.csv>
+//     vesk_csv_dataset <file.csv> [out.gds]
+//
+// With out.gds the stream is saved as well, for `vesk gds dump out.gds`.
 //
 // Messages of the library show after the call that caused them.
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
 #include <iomanip>
 #include <iostream>
 #include <sstream>
@@ -115,12 +119,82 @@ void PrintTable(const std::vector<std::string>& header,
         print(row);
 }
 
+std::string Number(double value)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.10g", value);
+    return text;
+}
+
+// One value of the stream in the shape a data set writes it: a type byte, then the value.
+std::string ReadCell(CVeskGdSerialiser& reader)
+{
+    SerialiseType type = reader.ReadType();
+    double dValue = 0;
+    CDorlString text;
+    switch (type) {
+    case SerialiseDouble:
+        return reader.ReadDouble(dValue, 0) ? Number(dValue) : "?";
+    case SerialiseString:
+        return reader.ReadString(text, 0) ? "\"" + std::string(text) + "\"" : "?";
+    case SerialiseTrue:
+        return "true";
+    case SerialiseFalse:
+        return "false";
+    case SerialiseNull:
+        return "null";
+    default:
+        return "?";
+    }
+}
+
+// The object's name, then version, rows, columns, the column names and the cells row by row.
+void ReadBack(CVeskGdMemorySerialiserIO& stream)
+{
+    stream.Rewind();
+    CVeskGdSerialiserImpl reader(&stream);
+    CDorlString name;
+    double dVersion = 0, dRows = 0, dCols = 0;
+    if (reader.ReadType() != SerialiseObject || !reader.ReadString(name, 0) ||
+        !reader.ReadDouble(dVersion, 1) || !reader.ReadDouble(dRows, 1) ||
+        !reader.ReadDouble(dCols, 1)) {
+        std::cout << "not a data set\n";
+        return;
+    }
+    std::cout << "object \"" << name << "\", layout " << dVersion << ", " << dRows << " rows of "
+              << dCols << " columns\n";
+    int nCols = static_cast<int>(dCols);
+    std::cout << " ";
+    for (int i = 0; i < nCols; ++i)
+        std::cout << " " << ReadCell(reader);
+    std::cout << "\n";
+    for (int nRow = 0; nRow < static_cast<int>(dRows); ++nRow) {
+        std::cout << " ";
+        for (int i = 0; i < nCols; ++i)
+            std::cout << " " << ReadCell(reader);
+        std::cout << "\n";
+    }
+    std::cout << (reader.ReadType() == SerialiseObjectTrailer ? "end of object\n"
+                                                              : "no end of object\n");
+}
+
+int Save(CVeskGdMemorySerialiserIO& stream, const char* path)
+{
+    std::ofstream file(path, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(stream.GetData()),
+               static_cast<std::streamsize>(stream.GetSize()));
+    if (file.flush())
+        return 1;
+    std::cerr << path << ": cannot be written\n";
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::cerr << "usage: vesk_csv_dataset <file.csv>\n";
+    if (argc != 2 && argc != 3) {
+        std::cerr << "usage: vesk_csv_dataset <file.csv> [out.gds]\n";
         return 2;
     }
     DorlRunInitialisers();
@@ -179,8 +253,20 @@ int main(int argc, char** argv)
     Script(set, "Sort", {{"colName", Str("item")}});
     PrintTable(columns, Walk(tree, columns, 0));
 
+    std::cout << "-- the set is written with the current byte format\n";
+    CVeskGdMemorySerialiserIO stream;
+    CVeskGdSerialiserImpl writer(&stream);
+    CVeskGenericData* value = CVeskGdObject::Allocate(csv);
+    int bWritten = writer.WriteGdObject(value);
+    value->Release();
+    FlushMessages();
+    std::cout << (bWritten ? "written: " : "not written: ") << stream.GetSize() << " bytes\n";
+    int bSaved = argc < 3 || Save(stream, argv[2]);
+    std::cout << "-- and read back by a program that knows only its layout\n";
+    ReadBack(stream);
+
     tree->Release();
     set->Release();
     csv->Release();
-    return 0;
+    return bWritten && bSaved ? 0 : 1;
 }
