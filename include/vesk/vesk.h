@@ -12,6 +12,8 @@
 #include "vesk/ConfigFile.h"
 #include "vesk/ConfigText.h"
 #include "vesk/DLL.h"
+#include "vesk/DataSet.h"
+#include "vesk/DataStore.h"
 #include "vesk/DelayRelease.h"
 #include "vesk/FunctionObj.h"
 #include "vesk/GdContainer.h"

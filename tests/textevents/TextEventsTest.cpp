@@ -96,10 +96,4 @@ TEST(TextEvents, TheDestructorForgetsObserversUntold)
     }
     EXPECT_EQ(a.m_nCount, 2u);
     EXPECT_TRUE(log.empty());
-
-    CVeskTextSubjectEvent event;
-    EXPECT_EQ(event.SetEventCode(5), 5);
-    EXPECT_EQ(event.SetParam1(-4), -4);
-    event.SetParam2(9);
-    EXPECT_EQ(event.GetEventCode() * 100 + event.GetParam1() * 10 + event.GetParam2(), 469);
 }
