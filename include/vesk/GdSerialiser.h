@@ -115,7 +115,8 @@ public:
     // The next type byte, widened with its sign; 0 at the end of the data (and for a zero byte).
     SerialiseType ReadType() override;
 
-    // Values nest at most this many levels deep when read; the writer has no limit.
+    // When read, a value may lie at most this many levels below the outermost one: 201 levels
+    // in all. The writer has no limit.
     static const int kMaxDepth = 200;
 
 protected:
@@ -131,7 +132,6 @@ private:
     int ReadArray(CVeskGenericData** out);
     int ReadBytes(void* data, int size);
     void WriteByte(int value);
-    void WriteCount(uint32_t value);
 
     // Set once the stream has said that its data ended: loops over a count from the stream stop
     // there rather than going on for as long as the count says.

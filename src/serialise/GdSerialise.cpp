@@ -88,12 +88,6 @@ void CVeskGdSerialiserImpl::WriteByte(int value)
     m_pIO->Write(&byte, 1);
 }
 
-void CVeskGdSerialiserImpl::WriteCount(uint32_t value)
-{
-    unsigned char bytes[5];
-    m_pIO->Write(bytes, EncodeCount(bytes, value));
-}
-
 int CVeskGdSerialiserImpl::WriteGdObject(CVeskGenericData* value)
 {
     if (!value)
