@@ -1,7 +1,4 @@
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
-#include <sstream>
 #include <string>
 
 #include <unistd.h>
@@ -12,32 +9,9 @@ using namespace vesk_test;
 
 namespace {
 
-// Each test gets a directory of its own, removed with what it holds.
-class ConfigFileDisk : public StartedTest {
-protected:
-    void SetUp() override
-    {
-        StartedTest::SetUp();
-        char pattern[] = "/tmp/vesk-cfgfile-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        m_dir = pattern;
-    }
-    void TearDown() override { std::system(("rm -rf '" + m_dir + "'").c_str()); }
-
-    std::string Path(const char* name) const { return m_dir + "/" + name; }
-
-    std::string m_dir;
-};
+class ConfigFileDisk : public ScratchDirTest {};
 
 bool Exists(const std::string& path) { return access(path.c_str(), F_OK) == 0; }
-
-std::string Contents(const std::string& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 void Put(const std::string& path, const char* text) { std::ofstream(path) << text; }
 
@@ -65,7 +39,7 @@ TEST_F(ConfigFileDisk, UnreadableFilesGiveAnEmptyTreeOnlyWithCreation)
     Ref<CVeskGenericData> size(root->GetProperty("*size", 0));
     EXPECT_EQ(Printed(size.get()), "0");
     file.Close();
-    EXPECT_EQ(Contents(broken), "[ a=.5 ]\n");
+    EXPECT_EQ(FileText(broken), "[ a=.5 ]\n");
 }
 
 TEST_F(ConfigFileDisk, SaveWritesChangesOnceAndTheDestructorOnlyWithSaveOnExit)
@@ -92,7 +66,7 @@ TEST_F(ConfigFileDisk, SaveWritesChangesOnceAndTheDestructorOnlyWithSaveOnExit)
         EXPECT_EQ(w, 640);
         cursor.WriteBool("max", 1);
     } // save-on-exit on
-    EXPECT_NE(Contents(path).find("max=true"), std::string::npos);
+    EXPECT_NE(FileText(path).find("max=true"), std::string::npos);
 
     // A failed write still clears the mark, so the next Save does not try again.
     CVeskConfigFile file;
@@ -114,7 +88,7 @@ TEST_F(ConfigFileDisk, OpenDropsAnEarlierTreeUnsaved)
     ASSERT_TRUE(file.Open(first.c_str(), false, true));
     file.SetModified();
     ASSERT_TRUE(file.Open(second.c_str(), false, false));
-    EXPECT_EQ(Contents(first), "[\n\tk=1\n]\n");
+    EXPECT_EQ(FileText(first), "[\n\tk=1\n]\n");
     EXPECT_EQ(std::string(file.m_sPath), second);
 }
 
@@ -126,9 +100,9 @@ TEST_F(ConfigFileDisk, GlobalSettingsReachTheDiskOnlyThroughSave)
     ASSERT_TRUE(global.Open(path.c_str(), false, true));
     EXPECT_EQ(GlobalCfgGetInt("view", "zoom", 1, false), 2);
     EXPECT_TRUE(GlobalCfgSetInt("view", "zoom", 3));
-    EXPECT_EQ(Contents(path), "[\n\tview=[\n\t\tzoom=2\n\t]\n]\n");
+    EXPECT_EQ(FileText(path), "[\n\tview=[\n\t\tzoom=2\n\t]\n]\n");
     EXPECT_TRUE(global.Save());
-    EXPECT_EQ(Contents(path), "[\n\tview=[\n\t\tzoom=3\n\t]\n]\n");
+    EXPECT_EQ(FileText(path), "[\n\tview=[\n\t\tzoom=3\n\t]\n]\n");
     global.Close();
 }
 

@@ -10,13 +10,7 @@ namespace {
 
 class ConfigFile : public StartedTest {};
 
-CVeskGenericData* NewSection()
-{
-    VeskAssocArray* array = new VeskAssocArray(CVeskGdNull::Allocate());
-    CVeskGenericData* section = CVeskGdObject::Allocate(array);
-    array->Release();
-    return section;
-}
+CVeskGenericData* NewSection() { return MakeArrayValue(CVeskGdNull::Allocate()); }
 
 // A tree in memory that nothing ever writes to disk, not even the destructor.
 class MemoryFile : public CVeskConfigFile {

@@ -95,29 +95,12 @@ std::string Complaint(const std::string& text)
     return capture.AllDumps();
 }
 
-std::string FileText(const std::string& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
-class ConfigText : public StartedTest {
+class ConfigText : public ScratchDirTest {
 protected:
     void SetUp() override
     {
-        StartedTest::SetUp();
-        char pattern[] = "/tmp/vesk-config-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        m_sDir = pattern;
-        m_sPath = m_sDir + "/settings.cfg";
-    }
-    void TearDown() override
-    {
-        for (const std::string& name : Entries())
-            unlink((m_sDir + "/" + name).c_str());
-        rmdir(m_sDir.c_str());
+        ScratchDirTest::SetUp();
+        m_sPath = Path("settings.cfg");
     }
 
     std::vector<std::string> Entries()
@@ -137,24 +120,31 @@ protected:
         return FileText(m_sPath);
     }
 
-    std::string m_sDir;
     std::string m_sPath;
 };
 
-// An object value over a new array with the null default; takes over the entries' references.
-CVeskGenericData* MakeObject(std::vector<std::pair<const char*, CVeskGenericData*>> entries)
+// An object value with the null default; takes over the entries' references.
+CVeskGenericData*
+MakeObject(std::initializer_list<std::pair<const char*, CVeskGenericData*>> entries)
 {
-    VeskAssocArray* array = new VeskAssocArray(CVeskGdNull::Allocate());
-    for (auto& [name, value] : entries) {
-        array->OnSetProperty(name, value);
-        value->Release();
-    }
-    CVeskGenericData* object = CVeskGdObject::Allocate(array);
-    array->Release();
-    return object;
+    return MakeArrayValue(CVeskGdNull::Allocate(), entries);
 }
 
 CVeskGdDouble* N(double value) { return CVeskGdDouble::Allocate(value); }
+
+// The bits of each number of a vector read back; nothing when no vector was read.
+std::vector<uint64_t> NumberBits(CVeskGenericData* value)
+{
+    std::vector<uint64_t> bits;
+    CVeskGdVector* vector = static_cast<CVeskGdVector*>(value);
+    for (int i = 0;
+         value && value->GetType() == CVeskGenericData::dtVector && i < vector->GetSize(); ++i) {
+        Ref<CVeskGenericData> number(vector->GetElement(i));
+        bits.push_back(
+            std::bit_cast<uint64_t>(static_cast<CVeskGdDouble*>(number.get())->m_dValue));
+    }
+    return bits;
+}
 
 const char* const kSample = "[\n"
                             "\t\"3rd\"=none\n"
@@ -330,14 +320,7 @@ TEST_F(ConfigText, NumbersTakeTheShortestExactForm)
     Ref<CVeskGenericData> written(all);
     Written(all);
     Ref<CVeskGenericData> back(VeskReadConfigFile(m_sPath.c_str()));
-    ASSERT_EQ(Show(back.get()).substr(0, 1), "(");
-    CVeskGdVector* read = static_cast<CVeskGdVector*>(back.get());
-    ASSERT_EQ(read->GetSize(), static_cast<int>(patterns.size()));
-    for (int i = 0; i < read->GetSize(); ++i) {
-        Ref<CVeskGenericData> number(read->GetElement(i));
-        EXPECT_EQ(std::bit_cast<uint64_t>(static_cast<CVeskGdDouble*>(number.get())->m_dValue),
-                  patterns[i]);
-    }
+    EXPECT_EQ(NumberBits(back.get()), patterns);
 }
 
 // Short decimals take a quicker course than other numbers; they must read to the same bits.
@@ -353,20 +336,13 @@ TEST_F(ConfigText, DecimalsReadAsTheGeneralParserReadsThem)
         tokens.push_back((i % 2 ? "-" : "") + digits.substr(0, point) + "." + digits.substr(point));
     }
     std::string text = "[\n";
-    for (size_t i = 0; i < tokens.size(); ++i)
+    std::vector<uint64_t> expected;
+    for (size_t i = 0; i < tokens.size(); ++i) {
         text += std::to_string(i + 1) + "=" + tokens[i] + "\n";
-    text += "]\n";
-    Ref<CVeskGenericData> back(VeskReadConfigString(CDorlString(text.c_str())));
-    ASSERT_EQ(Show(back.get()).substr(0, 1), "(");
-    CVeskGdVector* read = static_cast<CVeskGdVector*>(back.get());
-    ASSERT_EQ(read->GetSize(), static_cast<int>(tokens.size()));
-    for (int i = 0; i < read->GetSize(); ++i) {
-        Ref<CVeskGenericData> number(read->GetElement(i));
-        double expected = std::strtod(tokens[i].c_str(), nullptr);
-        EXPECT_EQ(std::bit_cast<uint64_t>(static_cast<CVeskGdDouble*>(number.get())->m_dValue),
-                  std::bit_cast<uint64_t>(expected))
-            << tokens[i];
+        expected.push_back(std::bit_cast<uint64_t>(std::strtod(tokens[i].c_str(), nullptr)));
     }
+    Ref<CVeskGenericData> back(ReadText(text + "]\n"));
+    EXPECT_EQ(NumberBits(back.get()), expected);
 }
 
 TEST_F(ConfigText, TextIsQuotedOnlyWhereABareFormWouldReadWrong)

@@ -75,6 +75,7 @@ public:
     std::string m_Log;
 };
 
+// Each test has a fresh table, seen through its tree interface too.
 class DataSets : public StartedTest {
 protected:
     void SetUp() override
@@ -82,20 +83,29 @@ protected:
         StartedTest::SetUp();
         setenv("TZ", "UTC", 1);
         tzset();
+        table->QueryInterface(&IID_IVeskTree, reinterpret_cast<void**>(&tree));
     }
-};
+    void TearDown() override { table->Release(); }
 
-std::string Text(IVeskTree* tree, CVeskGenericData* element, const char* column, int bSortKey,
-                 int* pbOK)
-{
-    return std::string(tree->GetElementText(element, column, bSortKey, pbOK));
-}
+    std::string Text(CVeskGenericData* element, const char* column, int bSortKey, int* pbOK)
+    {
+        return std::string(tree->GetElementText(element, column, bSortKey, pbOK));
+    }
+    std::string Column(const char* name)
+    {
+        return Shown(Ref<CVeskGenericData>(table->GetProperty(name, 0)).get());
+    }
+
+    CTable* table = new CTable();
+    Ref<IVeskTree> tree;
+    Ref<CVeskGenericData> row0{CVeskGdDouble::Allocate(0)}, row1{CVeskGdDouble::Allocate(1)},
+        row2{CVeskGdDouble::Allocate(2)};
+};
 
 } // namespace
 
 TEST_F(DataSets, ScriptFunctionsReachTheCursorAndCells)
 {
-    CTable* table = new CTable();
     Capture capture;
     ContextMessages().clear();
     struct Case {
@@ -130,21 +140,19 @@ TEST_F(DataSets, ScriptFunctionsReachTheCursorAndCells)
     EXPECT_EQ(ContextMessages(), "Parameter 'ColumnRef' missing for function GetValue|");
     EXPECT_EQ(table->m_Log, "name0;row 2;row 5;sort price 1;");
     EXPECT_EQ(std::string(table->m_sType), "Folder");
-    table->Release();
 }
 
 TEST_F(DataSets, ColumnsReadAsPropertiesAndHideFunctions)
 {
-    CTable* table = new CTable();
     table->m_Columns[4].name = "Next";
-    EXPECT_EQ(Shown(Ref<CVeskGenericData>(table->GetProperty("price", 0)).get()), "1.5");
-    EXPECT_EQ(Shown(Ref<CVeskGenericData>(table->GetProperty("Next", 0)).get()), "86400");
+    EXPECT_EQ(Column("price"), "1.5");
+    EXPECT_EQ(Column("Next"), "86400");
     EXPECT_EQ(table->GetProperty("price", 1), nullptr);
-    EXPECT_EQ(Shown(Ref<CVeskGenericData>(table->GetProperty("name", 0)).get()), "\"tea\"");
+    EXPECT_EQ(Column("name"), "\"tea\"");
     // Not a column: the functions, then the component.
     EXPECT_EQ(Ref<CVeskGenericData>(table->GetProperty("Reset", 0))->GetType(),
               CVeskGenericData::dtObject);
-    EXPECT_EQ(Shown(Ref<CVeskGenericData>(table->GetProperty("*name", 0)).get()), "\"Vesk\"");
+    EXPECT_EQ(Column("*name"), "\"Vesk\"");
 
     // The enumerator lists the functions and the component's properties first, then columns.
     Capture capture;
@@ -165,39 +173,34 @@ TEST_F(DataSets, ColumnsReadAsPropertiesAndHideFunctions)
     properties->Reset();
     EXPECT_EQ(Described(properties).size(), listed.size());
     properties->Delete();
-    table->Release();
 }
 
 TEST_F(DataSets, SetColTypeChangesTextNotValues)
 {
-    CTable* table = new CTable();
-    Ref<IVeskTree> tree;
-    ASSERT_EQ(table->QueryInterface(&IID_IVeskTree, reinterpret_cast<void**>(&tree)), S_OK);
-    Ref<CVeskGenericData> row0(CVeskGdDouble::Allocate(0));
-    Ref<CVeskGenericData> row1(CVeskGdDouble::Allocate(1));
+    ASSERT_TRUE(tree.get());
     int bOK = 0;
-    EXPECT_EQ(Text(tree.get(), row1.get(), "when", 0, &bOK), "90061.000000");
+    EXPECT_EQ(Text(row1.get(), "when", 0, &bOK), "90061.000000");
 
     Capture capture;
     EXPECT_EQ(Call(table, "SetColType", {{"colName", Str("when")}, {"colType", Str("time")}}),
               "True");
     table->SetTimeFormat("%Y-%m-%d %H:%M:%S");
-    EXPECT_EQ(Text(tree.get(), row1.get(), "when", 0, &bOK), "1970-01-02 01:01:01");
-    EXPECT_EQ(Text(tree.get(), row1.get(), "when", 1, &bOK), "090061.000");
-    EXPECT_EQ(Shown(Ref<CVeskGenericData>(table->GetProperty("when", 0)).get()), "90061");
+    EXPECT_EQ(Text(row1.get(), "when", 0, &bOK), "1970-01-02 01:01:01");
+    EXPECT_EQ(Text(row1.get(), "when", 1, &bOK), "090061.000");
+    EXPECT_EQ(Column("when"), "90061");
     EXPECT_EQ(Call(table, "SetColType", {{"colName", Str("when")}, {"colType", Str("TIMESPAN")}}),
               "True");
-    EXPECT_EQ(Text(tree.get(), row1.get(), "when", 0, &bOK), "01:01:01");
+    EXPECT_EQ(Text(row1.get(), "when", 0, &bOK), "01:01:01");
     EXPECT_EQ(Call(table, "SetColType", {{"colName", Str("when")}, {"colType", Str("JustTime")}}),
               "True");
-    EXPECT_EQ(Text(tree.get(), row0.get(), "when", 0, &bOK), "00:00:00 AM");
+    EXPECT_EQ(Text(row0.get(), "when", 0, &bOK), "00:00:00 AM");
 
     // Only the time types, only known columns; a refusal changes nothing.
     EXPECT_EQ(Call(table, "SetColType", {{"colName", Str("price")}, {"colType", Str("Money")}}),
               "False");
     EXPECT_EQ(Call(table, "SetColType", {{"colName", Str("nope")}, {"colType", Str("Time")}}),
               "False");
-    EXPECT_EQ(Text(tree.get(), row0.get(), "price", 0, &bOK), "1.500000");
+    EXPECT_EQ(Text(row0.get(), "price", 0, &bOK), "1.500000");
     EXPECT_EQ(capture.AllDumps(), "Invalid column type Money\nInvalid column name nope\n");
     EXPECT_EQ(table->m_ColTypes.size(), 1u);
 
@@ -205,17 +208,11 @@ TEST_F(DataSets, SetColTypeChangesTextNotValues)
     CRecordingSerialiser serialiser;
     EXPECT_EQ(table->OnSerialise(&serialiser), 1);
     EXPECT_NE(serialiser.m_Log.find("D90061 "), std::string::npos) << serialiser.m_Log;
-    table->Release();
 }
 
 TEST_F(DataSets, ElementTextsAndSortKeysWithTheirComplaints)
 {
-    CTable* table = new CTable();
-    Ref<IVeskTree> tree;
-    table->QueryInterface(&IID_IVeskTree, reinterpret_cast<void**>(&tree));
     table->m_sType = "Folder";
-    Ref<CVeskGenericData> row0(CVeskGdDouble::Allocate(0));
-    Ref<CVeskGenericData> row2(CVeskGdDouble::Allocate(2));
     Ref<CVeskGenericData> row9(CVeskGdDouble::Allocate(9));
     Ref<CVeskGenericData> text(CVeskGdString::Allocate("0"));
     Capture capture;
@@ -236,7 +233,7 @@ TEST_F(DataSets, ElementTextsAndSortKeysWithTheirComplaints)
     };
     for (const Case& c : cases) {
         int bOK = -1;
-        EXPECT_EQ(Text(tree.get(), c.element, c.column, c.bSortKey, &bOK), c.expected) << c.column;
+        EXPECT_EQ(Text(c.element, c.column, c.bSortKey, &bOK), c.expected) << c.column;
         EXPECT_EQ(bOK, c.bOK) << c.column;
     }
     EXPECT_EQ(capture.AllDumps(), "Unknown column type 42\nInvalid column name colour\n"
@@ -245,20 +242,16 @@ TEST_F(DataSets, ElementTextsAndSortKeysWithTheirComplaints)
     // A cell the subclass cannot give reads as 0 but has no text.
     capture.Clear();
     table->m_bNullCells = 1;
-    EXPECT_EQ(Shown(Ref<CVeskGenericData>(table->GetProperty("id", 0)).get()), "0");
-    EXPECT_EQ(Shown(Ref<CVeskGenericData>(table->GetProperty("name", 0)).get()), "\"\"");
+    EXPECT_EQ(Column("id"), "0");
+    EXPECT_EQ(Column("name"), "\"\"");
     int bOK = -1;
-    EXPECT_EQ(Text(tree.get(), row0.get(), "id", 0, &bOK), "");
+    EXPECT_EQ(Text(row0.get(), "id", 0, &bOK), "");
     EXPECT_EQ(bOK, 0);
     EXPECT_EQ(capture.AllDumps(), "OnGetValue error for id\n");
-    table->Release();
 }
 
 TEST_F(DataSets, TheWalkHandsOutEachRowOnce)
 {
-    CTable* table = new CTable();
-    Ref<IVeskTree> tree;
-    table->QueryInterface(&IID_IVeskTree, reinterpret_cast<void**>(&tree));
     for (int pass = 0; pass < 2; ++pass) {
         CVeskGenericData* first = tree->GetFirstElement();
         EXPECT_EQ(table->m_RowElements.size(), 2u);
@@ -277,12 +270,10 @@ TEST_F(DataSets, TheWalkHandsOutEachRowOnce)
     EXPECT_EQ(tree->GetNextElement(nullptr), nullptr);
     EXPECT_EQ(tree->GetFirstChild(nullptr), nullptr);
     EXPECT_EQ(tree->CompareElements(nullptr, nullptr, "id"), -2);
-    table->Release();
 }
 
 TEST_F(DataSets, SerialisingWritesEveryRowAndPutsTheCursorBack)
 {
-    CTable* table = new CTable();
     table->OnSetRow(1);
     table->m_Log.clear();
     CRecordingSerialiser serialiser;
@@ -301,5 +292,4 @@ TEST_F(DataSets, SerialisingWritesEveryRowAndPutsTheCursorBack)
     EXPECT_EQ(nothing.m_Log, "D2 D0 D6 Sid Sname Sprice Sactive Swhen Sodd ");
     EXPECT_EQ(empty->m_Log.find("row"), std::string::npos);
     empty->Release();
-    table->Release();
 }

@@ -151,9 +151,6 @@ TEST_F(DataStores, TheBaseStoresNothingAndAnswersByItsReturnRules)
     Ref<CVeskGdIndirect> ok(CVeskGdIndirect::Allocate());
     Ref<CVeskGdIndirect> missing(CVeskGdIndirect::Allocate());
     Ref<CVeskGdIndirect> vectorOk(CVeskGdIndirect::Allocate());
-    VeskAssocArray* array = new VeskAssocArray(CVeskGdNull::Allocate());
-    CVeskGenericData* notComponent = CVeskGdObject::Allocate(array);
-    array->Release();
     struct Case {
         const char* function;
         std::vector<Param> params;
@@ -178,7 +175,9 @@ TEST_F(DataStores, TheBaseStoresNothingAndAnswersByItsReturnRules)
         {"ReadBinary", {{"tag", Str("t")}, {"length", Num(0)}}, "\"\""},
         {"EnumSections", {{"index", Num(1)}}, "\"\""},
         {"ClearSection", {{"section", Str("s")}}, "None"},
-        {"WriteObject", {{"tag", Str("t")}, {"object", notComponent}}, "None"},
+        {"WriteObject",
+         {{"tag", Str("t")}, {"object", MakeArrayValue(CVeskGdNull::Allocate())}},
+         "None"},
     };
     for (const Case& c : cases)
         EXPECT_EQ(Call(store, c.function, c.params), c.expected) << c.function;

@@ -18,18 +18,12 @@ public:
 
 std::string ReadText(const std::string& bytes, IVeskCommand* creator = nullptr)
 {
-    CVeskGdMemorySerialiserIO io(bytes.data(), static_cast<int>(bytes.size()), creator);
-    CVeskGdLegacySerialiserImpl serialiser(&io);
-    Ref<CVeskGenericData> value(serialiser.ReadGdObject());
-    return AsText(value.get());
+    return vesk_test::ReadText<CVeskGdLegacySerialiserImpl>(bytes, creator);
 }
 
 std::string WriteHex(CVeskGenericData* value, int expectedResult = 1)
 {
-    CVeskGdMemorySerialiserIO io;
-    CVeskGdLegacySerialiserImpl serialiser(&io);
-    EXPECT_EQ(serialiser.WriteGdObject(value), expectedResult);
-    return Hex(Written(io));
+    return vesk_test::WriteHex<CVeskGdLegacySerialiserImpl>(value, expectedResult);
 }
 
 TEST_F(GdLegacySerialise, WorkedExampleIsByteExactAndReadsBack)
@@ -60,12 +54,8 @@ TEST_F(GdLegacySerialise, WritesAlwaysCarryTheirTypeWord)
         {[](CVeskGdSerialiser& s) { s.WriteGdObject(CVeskGdNull::Allocate()); }, "01 00 00 00"},
         {[](CVeskGdSerialiser& s) { s.WriteGdObject(CVeskGdNone::Allocate()); }, "07 00 00 00"},
     };
-    for (const auto& c : cases) {
-        CVeskGdMemorySerialiserIO io;
-        CVeskGdLegacySerialiserImpl serialiser(&io);
-        c.write(serialiser);
-        EXPECT_EQ(Hex(Written(io)), c.hex);
-    }
+    for (const auto& c : cases)
+        EXPECT_EQ(WrittenBy<CVeskGdLegacySerialiserImpl>(c.write), c.hex);
 }
 
 TEST_F(GdLegacySerialise, TypedReadsCheckTheWordAndKeepWhatWasWritten)
@@ -163,19 +153,9 @@ TEST_F(GdLegacySerialise, NestingStopsPast201LevelsWithANoneInnermost)
 TEST_F(GdLegacySerialise, ObjectsNeedANameAndACreatorEvenForArrays)
 {
     Ref<CVeskGdObjectCreator> creator(MakeTestCreator());
-    Ref<CVeskGenericData> point(CTestPoint::Make("Point"));
-    CTestPoint* written = CTestPoint::Of(point.get());
-    written->m_dX = -0.25;
-    written->m_nY = -7;
-    written->m_nZ = 4000000000u;
-    written->m_bShown = 1;
-    written->m_sLabel = "p";
-    VeskAssocArray* array = new VeskAssocArray(CVeskGdNull::Allocate());
-    array->AddDouble("a", 1);
-    CVeskGenericData* arrayValue = CVeskGdObject::Allocate(array);
-    array->Release();
-    point->AddRef();
-    Ref<CVeskGdVector> vector(MakeVector({point.get(), arrayValue}));
+    Ref<CVeskGdVector> vector(
+        MakeVector({CTestPoint::MakeWith("Point", -0.25, -7, 4000000000u, 1, "p"),
+                    MakeArrayValue(CVeskGdNull::Allocate(), {{"a", CVeskGdDouble::Allocate(1)}})}));
 
     CVeskGdMemorySerialiserIO io(creator.get());
     CVeskGdLegacySerialiserImpl serialiser(&io);
@@ -242,38 +222,29 @@ TEST_F(GdLegacySerialise, AFailedObjectIsScannedToItsTrailerAndTheNextOne)
 TEST_F(GdLegacySerialise, TheTraceFollowsObjectsAtADebugLevelAboveZero)
 {
     Ref<CVeskGdObjectCreator> creator(MakeTestCreator());
-    Ref<CVeskGenericData> point(CTestPoint::Make("Point"));
-    CTestPoint::Of(point.get())->m_dX = 1.5;
-    CTestPoint::Of(point.get())->m_bShown = 1;
-    CTestPoint::Of(point.get())->m_sLabel = "p";
+    Ref<CVeskGenericData> point(CTestPoint::MakeWith("Point", 1.5, 0, 0, 1, "p"));
     CVeskGdMemorySerialiserIO io(creator.get());
     CTracingSerialiser serialiser(&io);
 
     Capture capture;
     serialiser.WriteBoolean(1, true); // outside objects, values are not traced
     serialiser.WriteGdObject(point.get());
-    EXPECT_EQ(capture.AllDumps(), "      Writing string (Point)\n"
-                                  "----- Calling Serialize() of object (Point) -----\n"
-                                  "      Writing double (1.500000)\n"
-                                  "      Writing double (0.000000)\n"
-                                  "      Writing double (0.000000)\n"
-                                  "      Writing Boolean (1)\n"
-                                  "      Writing string (p)\n"
-                                  "----- Finished Serialize() of object (Point) -----\n"
-                                  "      Writing object trailer\n");
+    // Both directions trace the same steps in their own words.
+    auto trace = [](const std::string& verb, const std::string& call) {
+        std::string text = "      " + verb + " string (Point)\n----- Calling " + call +
+                           "() of object (Point) -----\n";
+        for (const char* step : {"double (1.500000)", "double (0.000000)", "double (0.000000)",
+                                 "Boolean (1)", "string (p)"})
+            text += "      " + verb + " " + step + "\n";
+        return text + "----- Finished " + call + "() of object (Point) -----\n      " + verb +
+               " object trailer\n";
+    };
+    EXPECT_EQ(capture.AllDumps(), trace("Writing", "Serialize"));
     capture.Clear();
     int flag;
     serialiser.ReadBoolean(flag, 1);
     Ref<CVeskGenericData> back(serialiser.ReadGdObject());
-    EXPECT_EQ(capture.AllDumps(), "      Read string (Point)\n"
-                                  "----- Calling Deserialise() of object (Point) -----\n"
-                                  "      Read double (1.500000)\n"
-                                  "      Read double (0.000000)\n"
-                                  "      Read double (0.000000)\n"
-                                  "      Read Boolean (1)\n"
-                                  "      Read string (p)\n"
-                                  "----- Finished Deserialise() of object (Point) -----\n"
-                                  "      Read object trailer\n");
+    EXPECT_EQ(capture.AllDumps(), trace("Read", "Deserialise"));
 }
 
 } // namespace

@@ -10,21 +10,14 @@ namespace {
 
 class GdSerialise : public StartedTest {};
 
-// Reads one value from the bytes; the messages land in capture.
 std::string ReadText(const std::string& bytes, IVeskCommand* creator = nullptr)
 {
-    CVeskGdMemorySerialiserIO io(bytes.data(), static_cast<int>(bytes.size()), creator);
-    CVeskGdSerialiserImpl serialiser(&io);
-    Ref<CVeskGenericData> value(serialiser.ReadGdObject());
-    return AsText(value.get());
+    return vesk_test::ReadText<CVeskGdSerialiserImpl>(bytes, creator);
 }
 
 std::string WriteHex(CVeskGenericData* value, int expectedResult = 1)
 {
-    CVeskGdMemorySerialiserIO io;
-    CVeskGdSerialiserImpl serialiser(&io);
-    EXPECT_EQ(serialiser.WriteGdObject(value), expectedResult);
-    return Hex(Written(io));
+    return vesk_test::WriteHex<CVeskGdSerialiserImpl>(value, expectedResult);
 }
 
 TEST_F(GdSerialise, WorkedExamplesAreByteExactAndReadBack)
@@ -35,22 +28,15 @@ TEST_F(GdSerialise, WorkedExamplesAreByteExactAndReadBack)
     EXPECT_EQ(WriteHex(vector.get()), vectorHex);
     EXPECT_EQ(ReadText(Bytes(vectorHex)), R"([ 1=true 2=2.5 3="abc" ])");
 
-    VeskAssocArray* array = new VeskAssocArray(CVeskGdNull::Allocate());
-    array->AddDouble("a", 1);
-    Ref<CVeskGenericData> object(CVeskGdObject::Allocate(array));
-    array->Release();
+    Ref<CVeskGenericData> object(
+        MakeArrayValue(CVeskGdNull::Allocate(), {{"a", CVeskGdDouble::Allocate(1)}}));
     const char* arrayHex = "09 0a 41 73 73 6f 63 41 72 72 61 79 06 08 2a 64 65 66 61 75 6c 74 02 "
                            "06 01 61 03 00 00 00 00 00 00 f0 3f 06 04 2a 65 6e 64 0a";
     EXPECT_EQ(WriteHex(object.get()), arrayHex);
     // No creator is needed for an associative array.
     EXPECT_EQ(ReadText(Bytes(arrayHex)), "[ a=1 ]");
 
-    std::string empty = Bytes("0b 00");
-    CVeskGdMemorySerialiserIO io(empty.data(), 2);
-    CVeskGdSerialiserImpl serialiser(&io);
-    Ref<CVeskGenericData> emptyVector(serialiser.ReadGdObject());
-    ASSERT_TRUE(emptyVector.get() && emptyVector->GetType() == CVeskGenericData::dtVector);
-    EXPECT_EQ(static_cast<CVeskGdVector*>(emptyVector.get())->GetSize(), 0);
+    EXPECT_EQ(ReadText(Bytes("0b 00")), "[ 0= ]");
 }
 
 TEST_F(GdSerialise, EveryWriteHasItsExactBytes)
@@ -76,12 +62,8 @@ TEST_F(GdSerialise, EveryWriteHasItsExactBytes)
         {[](CVeskGdSerialiser& s) { s.WriteGdObject(CVeskGdNone::Allocate()); }, "01"},
         {[](CVeskGdSerialiser& s) { s.WriteGdObject(CVeskGdNull::Allocate()); }, "02"},
     };
-    for (const auto& c : cases) {
-        CVeskGdMemorySerialiserIO io;
-        CVeskGdSerialiserImpl serialiser(&io);
-        c.write(serialiser);
-        EXPECT_EQ(Hex(Written(io)), c.hex);
-    }
+    for (const auto& c : cases)
+        EXPECT_EQ(WrittenBy<CVeskGdSerialiserImpl>(c.write), c.hex);
 }
 
 TEST_F(GdSerialise, ReadsEveryValueForm)
@@ -170,20 +152,12 @@ TEST_F(GdSerialise, NestingStopsPast201LevelsAndTheSerialiserStaysUsable)
 TEST_F(GdSerialise, ObjectsOfOurOwnAreMadeAgainByNameThroughTheCreator)
 {
     Ref<CVeskGdObjectCreator> creator(MakeTestCreator());
-    Ref<CVeskGenericData> point(CTestPoint::Make("Point"));
+    Ref<CVeskGenericData> point(CTestPoint::MakeWith("Point", 1.5, -3, 4000000000u, 1, "p"));
     CTestPoint* written = CTestPoint::Of(point.get());
-    written->m_dX = 1.5;
-    written->m_nY = -3;
-    written->m_nZ = 4000000000u;
-    written->m_bShown = 1;
-    written->m_sLabel = "p";
-    Ref<CVeskGenericData> zero(CVeskGdDouble::Allocate(0));
-    VeskAssocArray* array = new VeskAssocArray(zero.get());
-    array->AddString("k", "v");
-    CVeskGenericData* arrayValue = CVeskGdObject::Allocate(array);
-    array->Release();
     point->AddRef();
-    Ref<CVeskGdVector> vector(MakeVector({point.get(), arrayValue}));
+    Ref<CVeskGdVector> vector(
+        MakeVector({point.get(), MakeArrayValue(CVeskGdDouble::Allocate(0),
+                                                {{"k", CVeskGdString::Allocate("v")}})}));
 
     CVeskGdMemorySerialiserIO io(creator.get());
     CVeskGdSerialiserImpl serialiser(&io);
@@ -207,14 +181,12 @@ TEST_F(GdSerialise, ObjectsOfOurOwnAreMadeAgainByNameThroughTheCreator)
     EXPECT_EQ(Text(swapped.get()), "swapped");
 }
 
-TEST_F(GdSerialise, ABlankCreationNameWritesTheArrayCodeAndNoTrailer)
-{
-    Ref<CVeskGenericData> point(CTestPoint::Make(""));
-    EXPECT_EQ(WriteHex(point.get()), "0c 03 00 00 00 00 00 00 00 00 04 00 00 00 00 05 00 08 06 00");
-}
-
 TEST_F(GdSerialise, ObjectFailuresAreReportedAndTheStreamMovesToTheTrailer)
 {
+    // A blank creation name writes the array code and no trailer.
+    Ref<CVeskGenericData> blank(CTestPoint::Make(""));
+    EXPECT_EQ(WriteHex(blank.get()), "0c 03 00 00 00 00 00 00 00 00 04 00 00 00 00 05 00 08 06 00");
+
     Ref<CVeskGdObjectCreator> creator(MakeTestCreator());
     Capture capture;
 
@@ -257,11 +229,9 @@ TEST_F(GdSerialise, ObjectFailuresAreReportedAndTheStreamMovesToTheTrailer)
     CTestPoint::Of(failing.get())->m_bFailSerialise = 1;
     EXPECT_EQ(WriteHex(failing.get(), 0), "09 05 50 6f 69 6e 74 0a");
     EXPECT_EQ(capture.AllDumps(), "Object (Point) Serialise() failed.\n");
-}
 
-TEST_F(GdSerialise, AnIndirectValueStopsTheVectorShort)
-{
-    Capture capture;
+    // An indirect value stops a vector short.
+    capture.Clear();
     Ref<CVeskGdVector> vector(MakeVector(
         {CVeskGdBoolean::Allocate(1), CVeskGdIndirect::Allocate(), CVeskGdBoolean::Allocate(0)}));
     EXPECT_EQ(WriteHex(vector.get(), 0), "0b 03 07");

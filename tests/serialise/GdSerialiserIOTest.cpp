@@ -1,7 +1,4 @@
-#include <cstdio>
 #include <string>
-
-#include <unistd.h>
 
 #include "serialise/SerialiseTestObjects.h"
 
@@ -9,7 +6,7 @@ using namespace vesk_test;
 
 namespace {
 
-class GdSerialiserIO : public StartedTest {};
+class GdSerialiserIO : public ScratchDirTest {};
 
 // A component that keeps its name and a level on a stream.
 class CGauge : public CVeskComponent {
@@ -110,28 +107,23 @@ TEST_F(GdSerialiserIO, CreatorMakesRegisteredNamesAndNothingElse)
 
 TEST_F(GdSerialiserIO, FilesCarryAStreamAndReportWhatFails)
 {
-    char path[] = "/tmp/vesk_gds_XXXXXX";
-    int descriptor = mkstemp(path);
-    ASSERT_GE(descriptor, 0);
-    close(descriptor);
-
+    const std::string path = Path("stream");
     Ref<CVeskGdVector> vector(
         MakeVector({CVeskGdString::Allocate("abc"), CVeskGdNull::Allocate()}));
     {
-        CVeskGdFileSerialiserIO file(path, CVeskGdFileSerialiserIO::modeWrite);
+        CVeskGdFileSerialiserIO file(path.c_str(), CVeskGdFileSerialiserIO::modeWrite);
         CVeskGdSerialiserImpl serialiser(&file);
         ASSERT_EQ(serialiser.WriteGdObject(vector.get()), 1);
         EXPECT_EQ(file.Close(), 1);
     }
     {
-        CVeskGdFileSerialiserIO file(path, CVeskGdFileSerialiserIO::modeRead);
+        CVeskGdFileSerialiserIO file(path.c_str(), CVeskGdFileSerialiserIO::modeRead);
         CVeskGdSerialiserImpl serialiser(&file);
         Ref<CVeskGenericData> back(serialiser.ReadGdObject());
         EXPECT_EQ(AsText(back.get()), R"([ 1="abc" 2=null ])");
         char extra;
         EXPECT_EQ(file.Read(&extra, 1), 0);
     }
-    std::remove(path);
 
     Capture capture;
     CVeskGdFileSerialiserIO missing("/nonexistent/stream", CVeskGdFileSerialiserIO::modeRead);

@@ -62,6 +62,33 @@ inline std::string AsText(CVeskGenericData* value)
     return text;
 }
 
+// Reads one value from the bytes with a serialiser of the given format; "<null>" for none.
+template <class Serialiser>
+std::string ReadText(const std::string& bytes, IVeskCommand* creator = nullptr)
+{
+    CVeskGdMemorySerialiserIO io(bytes.data(), static_cast<int>(bytes.size()), creator);
+    Serialiser serialiser(&io);
+    Ref<CVeskGenericData> value(serialiser.ReadGdObject());
+    return AsText(value.get());
+}
+
+template <class Serialiser> std::string WriteHex(CVeskGenericData* value, int expectedResult = 1)
+{
+    CVeskGdMemorySerialiserIO io;
+    Serialiser serialiser(&io);
+    EXPECT_EQ(serialiser.WriteGdObject(value), expectedResult);
+    return Hex(Written(io));
+}
+
+// The bytes one call on a fresh serialiser of the format writes.
+template <class Serialiser, class Write> std::string WrittenBy(Write write)
+{
+    CVeskGdMemorySerialiserIO io;
+    Serialiser serialiser(&io);
+    write(serialiser);
+    return Hex(Written(io));
+}
+
 // A point with a label: its data are a double, a long, an unsigned long, a Boolean and a string,
 // each read with its type checked. What it does on a stream can be made to fail or to replace
 // it, and its creation name can be set, blank too.
@@ -107,8 +134,18 @@ class CTestPoint : public CVeskCOMObject {
     // A new object value on a new point.
     static CVeskGenericData* Make(const CDorlString& name)
     {
+        return MakeWith(name, 0, 0, 0, 0, "");
+    }
+    static CVeskGenericData* MakeWith(const CDorlString& name, double x, long y, unsigned long z,
+                                      int shown, const char* label)
+    {
         CTestPoint* point = new CTestPoint;
         point->m_sName = name;
+        point->m_dX = x;
+        point->m_nY = y;
+        point->m_nZ = z;
+        point->m_bShown = shown;
+        point->m_sLabel = label;
         CVeskGenericData* value = CVeskGdObject::Allocate(point);
         point->Release();
         return value;

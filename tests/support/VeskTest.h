@@ -2,9 +2,12 @@
 
 // Shared pieces of the library's test suites.
 
+#include <cstdlib>
+#include <fstream>
 #include <initializer_list>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -15,9 +18,11 @@
 
 namespace vesk_test {
 
-// Runs the library's start-up routine, as a host does once after loading it.
+// Runs the library's start-up routine, as a host does once after loading it; already on
+// construction, so that a fixture's members may be library objects.
 class StartedTest : public ::testing::Test {
 protected:
+    StartedTest() { DorlRunInitialisers(); }
     void SetUp() override { DorlRunInitialisers(); }
 };
 
@@ -53,6 +58,48 @@ inline CVeskGdVector* MakeVector(std::initializer_list<CVeskGenericData*> values
     }
     return vector;
 }
+
+// An associative array value with the default and entries given; takes over every reference.
+inline CVeskGenericData*
+MakeArrayValue(CVeskGenericData* defaultValue,
+               std::initializer_list<std::pair<const char*, CVeskGenericData*>> entries = {})
+{
+    VeskAssocArray* array = new VeskAssocArray(defaultValue);
+    defaultValue->Release();
+    for (auto& [name, value] : entries) {
+        array->OnSetProperty(name, value);
+        value->Release();
+    }
+    CVeskGenericData* object = CVeskGdObject::Allocate(array);
+    array->Release();
+    return object;
+}
+
+// The whole file as bytes; empty when it cannot be read.
+inline std::string FileText(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+// Gives each test a directory of its own under /tmp, removed with what it holds.
+class ScratchDirTest : public StartedTest {
+protected:
+    void SetUp() override
+    {
+        StartedTest::SetUp();
+        char pattern[] = "/tmp/vesk-test-XXXXXX";
+        ASSERT_NE(mkdtemp(pattern), nullptr);
+        m_sDir = pattern;
+    }
+    void TearDown() override { std::system(("rm -rf '" + m_sDir + "'").c_str()); }
+
+    std::string Path(const char* name) const { return m_sDir + "/" + name; }
+
+    std::string m_sDir;
+};
 
 // What an enumerator lists, one "name|description|type|status" per property, to its end.
 inline std::vector<std::string> Described(CVeskPropertyEnum* properties)
