@@ -2,6 +2,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/RecordingSerialiser.h"
 #include "support/VeskTest.h"
 
 using namespace vesk_test;
@@ -36,64 +37,6 @@ long AssocProbe()
     CDorlProberVariable* probe = DorlFindProbe("\\Resources\\Ruol", "AssocArray");
     return probe ? probe->GetValue() : 0; // built with the first array
 }
-
-// Keeps what is written as a list of names and values, and reads it back in that order.
-class CRecordingSerialiser : public CVeskGdSerialiser {
-public:
-    ~CRecordingSerialiser() override { Truncate(items.size()); }
-    void Truncate(size_t count)
-    {
-        for (; count > 0; --count, items.pop_back())
-            if (items.back().second)
-                items.back().second->Release();
-    }
-    int WriteGdObject(CVeskGenericData* value) override
-    {
-        log += "obj " + Printed(value) + ";";
-        unlockedWrites += VeskAssocArray::GetLockDepth() == 0;
-        value->AddRef();
-        items.emplace_back("", value);
-        return 1;
-    }
-    void WriteString(CDorlString value, bool writeType) override
-    {
-        log += "str " + std::string(value) + (writeType ? ";" : " untyped;");
-        items.emplace_back(std::string(value), nullptr);
-    }
-    CVeskGenericData* ReadGdObject() override
-    {
-        if (next == items.size() || !items[next].second)
-            return nullptr;
-        items[next].second->AddRef();
-        return items[next++].second;
-    }
-    // Names are read with their type mark.
-    int ReadString(CDorlString& value, int checkType) override
-    {
-        if (!checkType || next == items.size() || items[next].second)
-            return 0;
-        value = items[next++].first.c_str();
-        return 1;
-    }
-    int WriteObject(CVeskGdObject*) override { return 0; }
-    void WriteDouble(double, bool) override {}
-    void WriteLong(long, bool) override {}
-    void WriteUnsignedLong(long, bool) override {}
-    void WriteBoolean(int, bool) override {}
-    void WriteNull(bool) override {}
-    void WriteVectorHeader(int) override {}
-    CVeskGenericData* ReadObject(int) override { return nullptr; }
-    int ReadDouble(double&, int) override { return 0; }
-    int ReadLong(long&, int) override { return 0; }
-    int ReadUnsignedLong(unsigned long&, int) override { return 0; }
-    int ReadBoolean(int&, int) override { return 0; }
-    SerialiseType ReadType() override { return SerialiseNone; }
-
-    std::string log;
-    std::vector<std::pair<std::string, CVeskGenericData*>> items;
-    size_t next = 0;
-    int unlockedWrites = 0;
-};
 
 std::string s_sPairs;
 
@@ -283,7 +226,7 @@ TEST_F(AssocArray, SerialisedFormIsPairsClosedByEndWithTheDefaultFirst)
     Set(&source->m_xCommand, "a", CVeskGdString::Allocate("x"));
     CRecordingSerialiser stream;
     EXPECT_EQ(source->m_xVeskSerialise.Serialise(&stream), 1);
-    EXPECT_EQ(stream.log, "str *default;obj Null;str a;obj x;str b;obj 2;str *end;");
+    EXPECT_EQ(stream.m_Log, "S*default ONull Sa Ox Sb O2 S*end ");
     EXPECT_EQ(stream.unlockedWrites, 0);
 
     // The written default wins; entries that the stream lacks stay.

@@ -1,11 +1,11 @@
 #pragma once
 
-// What the data set and data store tests share: calls of script functions by name, and a
-// serialiser that writes its calls as text.
+// What the data set and data store tests share: calls of script functions by name.
 
 #include <string>
 #include <vector>
 
+#include "support/RecordingSerialiser.h"
 #include "support/VeskTest.h"
 
 namespace vesk_test {
@@ -64,36 +64,5 @@ inline std::string Call(CVeskComponent* component, const char* function,
     IVeskCommand* command = static_cast<IVeskCommand*>(component->GetInterface(&IID_IVeskCommand));
     return Call(command, function, params);
 }
-
-// Writes each call as a letter and its argument: D number, S string, B Boolean, N null.
-class CRecordingSerialiser : public CVeskGdSerialiser {
-public:
-    int WriteGdObject(CVeskGenericData*) override { return 0; }
-    int WriteObject(CVeskGdObject*) override { return 0; }
-    void WriteDouble(double value, bool) override
-    {
-        Ref<CVeskGenericData> number(Num(value));
-        m_Log += "D" + Printed(number.get()) + " ";
-    }
-    void WriteLong(long value, bool) override { m_Log += "L" + std::to_string(value) + " "; }
-    void WriteUnsignedLong(long value, bool) override
-    {
-        m_Log += "U" + std::to_string(value) + " ";
-    }
-    void WriteBoolean(int value, bool) override { m_Log += "B" + std::to_string(value) + " "; }
-    void WriteString(CDorlString value, bool) override { m_Log += "S" + std::string(value) + " "; }
-    void WriteNull(bool) override { m_Log += "N "; }
-    void WriteVectorHeader(int) override {}
-    CVeskGenericData* ReadGdObject() override { return nullptr; }
-    CVeskGenericData* ReadObject(int) override { return nullptr; }
-    int ReadDouble(double&, int) override { return 0; }
-    int ReadLong(long&, int) override { return 0; }
-    int ReadUnsignedLong(unsigned long&, int) override { return 0; }
-    int ReadBoolean(int&, int) override { return 0; }
-    int ReadString(CDorlString&, int) override { return 0; }
-    SerialiseType ReadType() override { return SerialiseNone; }
-
-    std::string m_Log;
-};
 
 } // namespace vesk_test
