@@ -20,24 +20,24 @@ TEST(GenericDataStartup, ProxyTypesAreZeroUntilTheStartupRoutineRuns)
     long types[] = {VeskGdDoubleProxyType,   VeskGdStringProxyType, VeskGdBooleanProxyType,
                     VeskGdNullProxyType,     VeskGdNoneProxyType,   VeskGdObjectProxyType,
                     VeskGdIndirectProxyType, VeskGdVectorProxyType};
-    for (size_t i = 0; i < 8; ++i)
-        for (size_t j = i + 1; j < 8; ++j)
-            EXPECT_NE(types[i], types[j]);
-    Ref<CVeskGenericData> text(CVeskGdString::Allocate("x"));
-    EXPECT_TRUE(VeskIsGdString(text.get()));
-    EXPECT_FALSE(VeskIsGdDouble(text.get()));
-    EXPECT_TRUE(VeskIsGdBoolean(CVeskGdBoolean::Allocate(0)));
-    EXPECT_TRUE(VeskIsGdNull(CVeskGdNull::Allocate()));
-    EXPECT_TRUE(VeskIsGdNone(CVeskGdNone::Allocate()));
-    EXPECT_FALSE(VeskIsGdNone(CVeskGdNull::Allocate()));
-    Ref<CVeskGenericData> indirect(CVeskGdIndirect::Allocate());
-    Ref<CVeskGenericData> object(CVeskGdObject::Allocate(nullptr, 1));
-    EXPECT_TRUE(VeskIsGdIndirect(indirect.get()));
-    EXPECT_TRUE(VeskIsGdObject(object.get()));
-    EXPECT_FALSE(VeskIsGdObject(indirect.get()));
-    Ref<CVeskGenericData> vector(CVeskGenericData::GenericAllocate(CVeskGenericData::dtVector));
-    EXPECT_TRUE(VeskIsGdVector(vector.get()));
-    EXPECT_FALSE(VeskIsGdVector(indirect.get()));
+    bool (*is[])(CVeskGenericData*) = {VeskIsGdDouble,   VeskIsGdString, VeskIsGdBoolean,
+                                       VeskIsGdNull,     VeskIsGdNone,   VeskIsGdObject,
+                                       VeskIsGdIndirect, VeskIsGdVector};
+    CVeskGenericData* values[] = {CVeskGdDouble::Allocate(2.0),
+                                  CVeskGdString::Allocate("x"),
+                                  CVeskGdBoolean::Allocate(0),
+                                  CVeskGdNull::Allocate(),
+                                  CVeskGdNone::Allocate(),
+                                  CVeskGdObject::Allocate(nullptr, 1),
+                                  CVeskGdIndirect::Allocate(),
+                                  CVeskGenericData::GenericAllocate(CVeskGenericData::dtVector)};
+    for (size_t i = 0; i < 8; ++i) {
+        EXPECT_EQ(VeskGetGdProxyType(values[i]), types[i]) << i;
+        for (size_t j = 0; j < 8; ++j)
+            EXPECT_EQ(is[j](values[i]), i == j) << i << " as " << j;
+    }
+    for (CVeskGenericData* value : values)
+        value->Release();
 
     // The start-up routine also names the framework's interfaces.
     EXPECT_STREQ(VeskTranslateInterfaceId(IID_IVeskCommand), "IVeskCommand");

@@ -16,15 +16,12 @@ public:
     int GetDebugOutputLevel() override { return 1; }
 };
 
-std::string ReadText(const std::string& bytes, IVeskCommand* creator = nullptr)
-{
+const auto ReadText = [](const std::string& bytes, IVeskCommand* creator = nullptr) {
     return vesk_test::ReadText<CVeskGdLegacySerialiserImpl>(bytes, creator);
-}
-
-std::string WriteHex(CVeskGenericData* value, int expectedResult = 1)
-{
+};
+const auto WriteHex = [](CVeskGenericData* value, int expectedResult = 1) {
     return vesk_test::WriteHex<CVeskGdLegacySerialiserImpl>(value, expectedResult);
-}
+};
 
 TEST_F(GdLegacySerialise, WorkedExampleIsByteExactAndReadsBack)
 {

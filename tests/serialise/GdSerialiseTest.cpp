@@ -10,15 +10,12 @@ namespace {
 
 class GdSerialise : public StartedTest {};
 
-std::string ReadText(const std::string& bytes, IVeskCommand* creator = nullptr)
-{
+const auto ReadText = [](const std::string& bytes, IVeskCommand* creator = nullptr) {
     return vesk_test::ReadText<CVeskGdSerialiserImpl>(bytes, creator);
-}
-
-std::string WriteHex(CVeskGenericData* value, int expectedResult = 1)
-{
+};
+const auto WriteHex = [](CVeskGenericData* value, int expectedResult = 1) {
     return vesk_test::WriteHex<CVeskGdSerialiserImpl>(value, expectedResult);
-}
+};
 
 TEST_F(GdSerialise, WorkedExamplesAreByteExactAndReadBack)
 {
