@@ -36,8 +36,7 @@ TEST_F(ConfigFileDisk, UnreadableFilesGiveAnEmptyTreeOnlyWithCreation)
     ASSERT_TRUE(file.Open(broken.c_str(), true, true));
     EXPECT_NE(capture.AllDumps().find("Unexpected character '.'"), std::string::npos);
     Ref<CVeskGenericData> root(file.GetValue());
-    Ref<CVeskGenericData> size(root->GetProperty("*size", 0));
-    EXPECT_EQ(Printed(size.get()), "0");
+    EXPECT_EQ(PropertyText(root.get(), "*size"), "0");
     file.Close();
     EXPECT_EQ(FileText(broken), "[ a=.5 ]\n");
 }

@@ -26,11 +26,7 @@ int Set(IVeskCommand* object, const char* name, CVeskGenericData* value)
     return result;
 }
 
-std::string Read(IVeskCommand* object, const char* name)
-{
-    Ref<CVeskGenericData> value(object->GetProperty(name, 0));
-    return value.get() ? Printed(value.get()) : "<null>";
-}
+std::string Read(IVeskCommand* object, const char* name) { return PropertyText(object, name); }
 
 long AssocProbe()
 {

@@ -36,8 +36,7 @@ TEST_F(Indirect, AFreshIndirectHoldsNone)
     EXPECT_EQ(indirect->GetType(), CVeskGenericData::dtIndirect);
     EXPECT_EQ(Printed(indirect.get()), "(None)");
     EXPECT_EQ(indirect->IsEqual(indirect.get()), 0);
-    Ref<CVeskGenericData> name(indirect->GetProperty("name", 0)); // forwarded to None
-    EXPECT_EQ(Text(name.get()), "None");
+    EXPECT_EQ(PropertyText(indirect.get(), "name"), "None"); // forwarded to None
 
     Ref<CVeskGdDouble> number(CVeskGdDouble::Allocate(4));
     indirect->SetValue(number.get());

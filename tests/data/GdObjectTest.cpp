@@ -154,8 +154,7 @@ TEST_F(ObjectValue, TheFirstQuestionDecidesTheHelper)
     ASSERT_NE(dualValue->m_pHelper, nullptr);
     EXPECT_EQ(dualValue->m_pHelper->GetKind(), CObjectLookupHelper::kindCommand);
     EXPECT_EQ(dualValue->GetIVeskCommand(), static_cast<IVeskCommand*>(&dual->m_xVeskCommand));
-    Ref<CVeskGenericData> kind(dualValue->GetProperty("kind", 0));
-    EXPECT_EQ(Text(kind.get()), "dual");
+    EXPECT_EQ(PropertyText(dualValue.get(), "kind"), "dual");
 
     // Automation alone: without type information the value keeps its object and no helper.
     CAutomation* automation = new CAutomation();

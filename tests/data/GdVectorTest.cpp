@@ -194,9 +194,8 @@ TEST_F(Vector, EqualityComparesBlocksThenElements)
 TEST_F(Vector, PropertiesAndFunctionObjects)
 {
     Ref<CVeskGdVector> vector(MakeVector({N(1), N(2)}));
-    Ref<CVeskGenericData> name(vector->GetProperty("*name", 0));
-    Ref<CVeskGenericData> length(vector->GetProperty("length", 0));
-    EXPECT_EQ(Text(name.get()) + Printed(length.get()), "Vector2");
+    EXPECT_EQ(PropertyText(vector.get(), "*name") + PropertyText(vector.get(), "length"),
+              "Vector2");
     EXPECT_TRUE(!vector->GetProperty("length", 1) && !vector->GetProperty("sort", 0));
     CVeskPropertyEnum* properties = vector->GetPropertyEnumerator();
     CDorlString described[3], type;
@@ -214,8 +213,7 @@ TEST_F(Vector, PropertiesAndFunctionObjects)
                                   {"_Filter", "filter"}};
     for (auto& function : functions) {
         Ref<CVeskGenericData> object(vector->GetProperty(function[0], 0));
-        Ref<CVeskGenericData> functionName(object->GetProperty("name", 0));
-        EXPECT_EQ(Text(functionName.get()), function[1]);
+        EXPECT_EQ(PropertyText(object.get(), "name"), function[1]);
     }
 
     // A function object keeps working on its vector after the caller let go of it.

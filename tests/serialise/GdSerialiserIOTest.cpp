@@ -77,8 +77,7 @@ TEST_F(GdSerialiserIO, ComponentsGoThroughBothFormatsAndAnswerByNameAfterwards)
         ASSERT_EQ(serialiser.WriteGdObject(value.get()), 1);
         Ref<CVeskGenericData> back(serialiser.ReadGdObject());
         ASSERT_TRUE(back.get());
-        Ref<CVeskGenericData> name(back->GetProperty("name", 0));
-        EXPECT_EQ(Text(name.get()), "tank");
+        EXPECT_EQ(PropertyText(back.get(), "name"), "tank");
         IVeskSerialise* serialise = nullptr;
         static_cast<CVeskGdObject*>(back.get())
             ->GetInterface(IID_IVeskSerialise, reinterpret_cast<void**>(&serialise), DorlPchNil);

@@ -33,6 +33,16 @@ inline std::string Printed(CVeskGenericData* value)
     return out.str();
 }
 
+// A property's value as printed, "<null>" when there is none.
+inline std::string PropertyText(IVeskCommand* object, const char* name)
+{
+    CVeskGenericData* value = object->GetProperty(name, 0);
+    std::string text = value ? Printed(value) : "<null>";
+    if (value)
+        value->Release();
+    return text;
+}
+
 // The text of a String value, or a marker when the value is something else.
 inline std::string Text(CVeskGenericData* value)
 {
