@@ -19,7 +19,6 @@ TEST(DorlTime, FormatsLocalAndUniversalTime)
     setenv("TZ", "EST5", 1);
     tzset();
     CDorlTime newYear(31536000); // 1971-01-01 00:00:00 UTC
-    EXPECT_EQ(newYear.GetTime(), 31536000);
     EXPECT_EQ(Text(newYear.FormatGmt("%Y-%m-%d %H:%M:%S")), "1971-01-01 00:00:00");
     EXPECT_EQ(Text(newYear.Format("%Y-%m-%d %H:%M")), "1970-12-31 19:00");
 
