@@ -191,6 +191,13 @@ TEST_F(CommandContext, EveryOverloadDeliversItsTargetOrTheDefault)
     EXPECT_STREQ(got.s, "");
     EXPECT_STREQ(*got.sr, "");
     EXPECT_EQ(got.v, CVeskGdNone::Allocate());
+    IVeskCommand* command = nullptr;
+    CVeskGdIndirect* indirect = nullptr;
+    EXPECT_EQ(context.GetParam("c", &command, 0), 1);
+    EXPECT_EQ(command, nullptr);
+    ASSERT_EQ(context.GetParam("i", &indirect, 0), 1);
+    EXPECT_EQ(indirect->GetValue(0), CVeskGdNone::Allocate());
+    indirect->Release();
     EXPECT_TRUE(s_handled.empty());
     // A wrong type still complains, delivers the default and blocks the call.
     EXPECT_EQ(context.GetParam("wrong", &got.d, 0), 1);
@@ -386,20 +393,6 @@ TEST_F(CommandContext, IndirectsCarryWritesBackToTheCaller)
         EXPECT_EQ(context.CanProceed(0), 1);
     }
     EXPECT_EQ(Text(callerSlot->GetValue(0)), "answer");
-}
-
-TEST_F(CommandContext, DefaultsCoverTheObjectForms)
-{
-    Watched context("f");
-    context.DefaultParameters();
-    IVeskCommand* command = nullptr;
-    CVeskGdIndirect* indirect = nullptr;
-    EXPECT_EQ(context.GetParam("missing", &command, 0), 1);
-    EXPECT_EQ(command, nullptr);
-    ASSERT_EQ(context.GetParam("missing2", &indirect, 0), 1);
-    EXPECT_EQ(indirect->GetValue(0), CVeskGdNone::Allocate());
-    indirect->Release();
-    EXPECT_TRUE(s_handled.empty());
 }
 
 TEST_F(CommandContext, QueryCallsDescribeInsteadOfFetching)
