@@ -58,7 +58,7 @@ TEST_F(Components, NewComponentIsNamedReadOnlyAndItsOwnTopObject)
     EXPECT_EQ(Shown(command, "name") + Shown(command, "*name"), "pumppump");
     EXPECT_EQ(Shown(command, "derived"), "Null");
     EXPECT_EQ(ObjectAt(command, "topObject"), Unknown(component));
-    // Unknown names and the read-only "name" are refused by any component's map.
+    // The top object is worked out from the links, so it cannot be written.
     Ref<CVeskGenericData> text(CVeskGdString::Allocate("valve"));
     EXPECT_EQ(command->SetProperty("topObject", text.get()), 0);
     CVeskCommandContext context;
