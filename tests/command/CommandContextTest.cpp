@@ -373,9 +373,7 @@ TEST_F(CommandContext, IndirectsCarryWritesBackToTheCaller)
         context.AddParam("plain", callerSlot.get());
 
         // The parameter's type is what the indirect refers to when it was added.
-        double plainValue = 0;
-        ASSERT_EQ(context.GetParam("plain", &plainValue, 0), 1);
-        EXPECT_EQ(plainValue, 2.0);
+        EXPECT_EQ(Num(context, "plain"), 2.0);
 
         CVeskGdIndirect* out = nullptr;
         ASSERT_EQ(context.GetParam("byRef", &out, 0), 1);
