@@ -78,18 +78,6 @@ void ReturnIfWritten(CVeskCommandContext* context, int bResult)
         ReturnBoolean(context, 1);
 }
 
-// Opening the store and descending into a section: the name under nameParam and "readOnly",
-// answered true when the hook succeeded.
-template <class Hook> int EnterLevel(CVeskCommandContext* context, const char* nameParam, Hook hook)
-{
-    CDorlString name;
-    int bReadOnly = 0;
-    context->GetParam(nameParam, &name, 0);
-    context->GetParam("readOnly", &bReadOnly, 1);
-    ReturnBoolean(context, context->CanProceed(0) && hook(name, bReadOnly));
-    return 1;
-}
-
 // The name at the script's 1-based "index", empty past the last one.
 template <class Hook> int EnumName(CVeskCommandContext* context, Hook hook)
 {
@@ -207,9 +195,12 @@ int CVeskDataStore::OnClearSection(const CDorlString&) { return 1; }
 
 int CVeskDataStore::Open(CVeskCommandContext* context)
 {
-    return EnterLevel(context, "name", [this](const CDorlString& name, int bReadOnly) {
-        return OnOpen(name, bReadOnly);
-    });
+    CDorlString name;
+    int bReadOnly = 0;
+    context->GetParam("name", &name, 0);
+    context->GetParam("readOnly", &bReadOnly, 1);
+    ReturnBoolean(context, context->CanProceed(0) && OnOpen(name, bReadOnly));
+    return 1;
 }
 
 int CVeskDataStore::Close(CVeskCommandContext* context)
@@ -221,9 +212,12 @@ int CVeskDataStore::Close(CVeskCommandContext* context)
 
 int CVeskDataStore::Descend(CVeskCommandContext* context)
 {
-    return EnterLevel(context, "section", [this](const CDorlString& section, int bReadOnly) {
-        return OnDescend(section, bReadOnly);
-    });
+    CDorlString section;
+    int bReadOnly = 0;
+    context->GetParam("section", &section, 0);
+    context->GetParam("readOnly", &bReadOnly, 1);
+    ReturnBoolean(context, context->CanProceed(0) && OnDescend(section, bReadOnly));
+    return 1;
 }
 
 int CVeskDataStore::Ascend(CVeskCommandContext* context)
