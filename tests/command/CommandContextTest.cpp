@@ -28,6 +28,13 @@ struct Watched : CVeskCommandContext {
     }
 };
 
+// The Number fetched under name, or -999 when the fetch fails.
+double Num(CVeskCommandContext& context, const char* name)
+{
+    double value = -999;
+    return context.GetParam(name, &value, 0) ? value : -999;
+}
+
 // One target of every plain kind, fetched under its own name.
 struct Targets {
     int b = 7;
@@ -44,6 +51,20 @@ struct Targets {
         return fetched + context.GetParam("v", &v, 0);
     }
 };
+
+const IID IID_ITestPlain = {0x5e5e0301, 0x0001, 0x0001, {1, 2, 3, 4, 5, 6, 7, 8}};
+
+// An object that speaks neither the protocol nor automation.
+class CPlain : public CVeskCOMObject {
+    VESK_DECLARE_INTERFACE_MAP(CPlain)
+    VESK_BEGIN_INTERFACE_PART(TestPlain, IUnknown)
+    VESK_END_INTERFACE_PART(TestPlain)
+    LONG Count() const { return m_dwRef; }
+};
+
+VESK_BEGIN_INTERFACE_MAP(CPlain, CVeskCOMObject)
+    VESK_INTERFACE(IID_ITestPlain, TestPlain)
+VESK_END_INTERFACE_MAP()
 
 // Records what a query call describes: name, type, by-reference flag, optional flag.
 class QueryRecorder : public CVeskSimpleCommandObject {
@@ -95,16 +116,12 @@ TEST_F(CommandContext, PositionalParametersAreAStackAndOptionalOnesKeepTheDefaul
     for (double value : {1.0, 2.0, 3.0})
         context.AddParam(DorlPchNil, value);
     // Names play no part for positional parameters.
-    for (double expected : {3.0, 2.0, 1.0}) {
-        double value = 0;
-        EXPECT_EQ(context.GetParam("any", &value, 0), 1);
-        EXPECT_EQ(value, expected);
-    }
+    for (double expected : {3.0, 2.0, 1.0})
+        EXPECT_EQ(Num(context, "any"), expected);
     EXPECT_EQ(context.GetNumParams(), 3);
     double value = 42.0;
     CDorlString text("default");
-    EXPECT_EQ(context.GetParam("missing", &value, 1), 0);
-    EXPECT_EQ(context.GetParam("missing", &text, 1), 0);
+    EXPECT_EQ(context.GetParam("missing", &value, 1) + context.GetParam("missing", &text, 1), 0);
     EXPECT_EQ(value, 42.0);
     EXPECT_STREQ(text, "default");
     EXPECT_EQ(context.CanProceed(0), 1);
@@ -174,6 +191,13 @@ TEST_F(CommandContext, EveryOverloadDeliversItsTargetOrTheDefault)
     EXPECT_STREQ(got.s, "");
     EXPECT_STREQ(*got.sr, "");
     EXPECT_EQ(got.v, CVeskGdNone::Allocate());
+    IVeskCommand* command = nullptr;
+    CVeskGdIndirect* indirect = nullptr;
+    EXPECT_EQ(context.GetParam("c", &command, 0), 1);
+    EXPECT_EQ(command, nullptr);
+    ASSERT_EQ(context.GetParam("i", &indirect, 0), 1);
+    EXPECT_EQ(indirect->GetValue(0), CVeskGdNone::Allocate());
+    indirect->Release();
     EXPECT_TRUE(s_handled.empty());
     // A wrong type still complains, delivers the default and blocks the call.
     EXPECT_EQ(context.GetParam("wrong", &got.d, 0), 1);
@@ -189,20 +213,15 @@ TEST_F(CommandContext, PositionalFillsFetchesBeforeNames)
         Watched context("cell");
         context.AddParam("colId", 2.0);
         context.AddParam(DorlPchNil, 1.0);
-        double row = 0, col = 0;
-        EXPECT_EQ(context.GetParam("rowId", &row, 0), 1);
-        EXPECT_EQ(context.GetParam("colId", &col, 0), 1);
-        EXPECT_EQ(row, 1.0);
-        EXPECT_EQ(col, 2.0);
+        EXPECT_EQ(Num(context, "rowId"), 1.0);
+        EXPECT_EQ(Num(context, "colId"), 2.0);
         EXPECT_EQ(context.CanProceed(0), 1);
     }
     Watched context("cell");
     context.AddParam("colId", 2.0);
     context.AddParam(DorlPchNil, 1.0);
-    double row = 0, col = 0;
-    EXPECT_EQ(context.GetParam("colId", &col, 0), 1);
-    EXPECT_EQ(context.GetParam("rowId", &row, 0), 0);
-    EXPECT_EQ(col, 1.0);
+    EXPECT_EQ(Num(context, "colId"), 1.0);
+    EXPECT_EQ(Num(context, "rowId"), -999);
     EXPECT_EQ(context.CanProceed(0), 0);
     std::vector<std::string> expected = {"Parameter 'rowId' missing for function cell",
                                          "Parameter 'colId' is not expected by function cell"};
@@ -234,9 +253,7 @@ TEST_F(CommandContext, ExcessUnexpectedAndReusedParameters)
         context.FetchNamedOnly(1);
         context.AddParam(DorlPchNil, 5.0);
         context.AddParam("p", 6.0);
-        double p = 0;
-        EXPECT_EQ(context.GetParam("p", &p, 0), 1);
-        EXPECT_EQ(p, 6.0);
+        EXPECT_EQ(Num(context, "p"), 6.0);
         EXPECT_EQ(context.CanProceed(0), 0);
     }
     {
@@ -244,11 +261,8 @@ TEST_F(CommandContext, ExcessUnexpectedAndReusedParameters)
         Watched context("h");
         context.AddParam("n", 1.0);
         context.AddParam("n", 2.0);
-        double first = 0, second = 0;
-        EXPECT_EQ(context.GetParam("n", &first, 0), 1);
-        EXPECT_EQ(first, 2.0);
-        EXPECT_EQ(context.GetParam("n", &second, 0), 0);
-        EXPECT_EQ(second, 0.0);
+        EXPECT_EQ(Num(context, "n"), 2.0);
+        EXPECT_EQ(Num(context, "n"), -999);
         EXPECT_EQ(context.CanProceed(0), 0);
     }
     std::vector<std::string> expected = {
@@ -285,46 +299,98 @@ TEST_F(CommandContext, MessagesGoToTheHandlerOrDorlDumpAndStayWithinTheBuffer)
     EXPECT_EQ(capture.dumps.back(), "to dump again\n");
 }
 
-TEST_F(CommandContext, AHeapTableKeepsBothEndsAndTransfersWhole)
+TEST_F(CommandContext, ObjectsAreDeliveredWithAReferenceAndTheTargetIsReleasedFirst)
 {
-    Capture capture;
-    long before = Probe("Double");
+    CPlain* plain = new CPlain();
+    CPlain* previous = new CPlain();
+    CVeskFreeFunctionObj* function = new CVeskFreeFunctionObj("g", "", nullptr);
+    CDorlProberVariable* live = DorlFindProbe("\\Resources", "CVeskCOMObject");
+    long liveBefore = live->GetValue();
     {
-        // Twelve positional (0..11) and six named, so the table overflows between both ends.
-        CVeskCommandContext source;
-        for (int i = 0; i < 12; ++i)
-            source.AddParam(DorlPchNil, static_cast<double>(i));
-        const char* names[] = {"a", "b", "c", "d", "e", "f"};
-        for (int i = 0; i < 6; ++i)
-            source.AddParam(names[i], 10.0 + i);
-        EXPECT_EQ(source.GetNumParams(), 18);
-        double value = -1;
-        ASSERT_EQ(source.GetParam("p", &value, 0), 1);
-        EXPECT_EQ(value, 11);
-        source.FetchNamedOnly(1);
-        ASSERT_EQ(source.GetParam("f", &value, 0), 1);
-        EXPECT_EQ(value, 15);
+        Watched context("f");
+        context.AddParam("plain", plain); // as a counted object
+        context.AddParam("command", static_cast<IUnknown*>(function));
+        EXPECT_EQ(plain->Count(), 2);
+        IUnknown* unknown = static_cast<IUnknown*>(&previous->m_xTestPlain);
+        ASSERT_EQ(context.GetParam("plain", &unknown, 0), 1);
+        EXPECT_EQ(unknown, static_cast<IUnknown*>(&plain->m_xTestPlain));
+        EXPECT_EQ(plain->Count(), 3);
+        unknown->Release();
 
-        CVeskCommandContext target;
-        target.TransferContext(&source);
-        EXPECT_EQ(target.GetNumParams(), 16);
-        EXPECT_EQ(source.GetNumParams(), 2);
-        for (int i = 10; i >= 0; --i) {
-            ASSERT_EQ(target.GetParam("p", &value, 0), 1);
-            EXPECT_EQ(value, i);
-        }
-        for (int i = 4; i >= 0; --i) {
-            ASSERT_EQ(target.GetParam(names[i], &value, 0), 1);
-            EXPECT_EQ(value, 10.0 + i);
-        }
-        EXPECT_EQ(target.CanProceed(0), 1);
-        // Twenty more: the table doubles again.
-        for (int i = 0; i < 20; ++i)
-            target.AddParam(DorlPchNil, 1.0);
-        EXPECT_EQ(target.GetNumParams(), 36);
+        IVeskCommand* command = nullptr;
+        ASSERT_EQ(context.GetParam("command", &command, 0), 1);
+        EXPECT_EQ(command, static_cast<IVeskCommand*>(function));
+        command->Release();
+        EXPECT_EQ(context.CanProceed(0), 1);
     }
-    EXPECT_EQ(Probe("Double"), before);
-    EXPECT_TRUE(capture.dumps.empty());
+    EXPECT_EQ(plain->Count(), 1);
+    EXPECT_EQ(function->Release(), 0u);
+    plain->Release();
+    // The target's old reference was given up, so that object is gone too.
+    EXPECT_EQ(live->GetValue(), liveBefore - 2);
+}
+
+TEST_F(CommandContext, NullOrEmptyObjectsGiveNoObjectAndAWrongKindIsATypeError)
+{
+    CPlain* plain = new CPlain();
+    Watched context("f");
+    context.AddParamNoRef("empty", CVeskGdObject::Allocate(nullptr, 1));
+    context.AddParam("null", CVeskGdNull::Allocate());
+    context.AddParamNoRef("empty2", CVeskGdObject::Allocate(nullptr, 1));
+    for (const char* name : {"p", "q", "r"})
+        context.AddParam(name, static_cast<IUnknown*>(&plain->m_xTestPlain));
+    IUnknown* unknown = nullptr;
+    IVeskCommand* command = nullptr;
+    void* pv = nullptr;
+    EXPECT_EQ(context.GetParam("null", &unknown, 0), 1);
+    EXPECT_EQ(context.GetParam("empty", &command, 0), 1);
+    EXPECT_EQ(context.GetParam("empty2", IID_ITestPlain, &pv, 0, DorlPchNil), 1);
+    EXPECT_EQ(unknown, nullptr);
+    EXPECT_EQ(command, nullptr);
+    EXPECT_EQ(pv, nullptr);
+    EXPECT_EQ(context.GetParam("p", &command, 0), 0);
+    EXPECT_EQ(context.GetParam("q", IID_IVeskEnumerate, &pv, 0, DorlPchNil), 0);
+    EXPECT_EQ(context.GetParam("r", IID_IVeskDLL, &pv, 0, "owner"), 0);
+    EXPECT_EQ(context.CanProceed(0), 0);
+    std::vector<std::string> expected = {
+        "Incorrect type for parameter 'p', expected IVeskCommand for function f",
+        "Incorrect type for parameter 'q', expected IVeskEnumerate for function f",
+        "Incorrect type for parameter 'r', expected "
+        "067f5721-8416-11d0-bdfd-0020af6fa161(owner) for function f"};
+    EXPECT_EQ(s_handled, expected);
+    plain->Release();
+}
+
+TEST_F(CommandContext, IndirectsCarryWritesBackToTheCaller)
+{
+    Ref<CVeskGdIndirect> callerSlot(CVeskGdIndirect::Allocate());
+    Ref<CVeskGdDouble> two(CVeskGdDouble::Allocate(2));
+    callerSlot->SetValue(two.get());
+    {
+        Watched context("f");
+        context.AddParam("byRef", callerSlot.get());
+        context.AddParam("direct", 5.0);
+        context.AddParam("plain", callerSlot.get());
+
+        // The parameter's type is what the indirect refers to when it was added.
+        EXPECT_EQ(Num(context, "plain"), 2.0);
+
+        CVeskGdIndirect* out = nullptr;
+        ASSERT_EQ(context.GetParam("byRef", &out, 0), 1);
+        EXPECT_EQ(out, callerSlot.get());
+        Ref<CVeskGdString> answer(CVeskGdString::Allocate("answer"));
+        out->SetValue(answer.get());
+        out->Release();
+
+        CVeskGdIndirect* local = nullptr;
+        ASSERT_EQ(context.GetParam("direct", &local, 0), 1);
+        EXPECT_NE(local, nullptr);
+        EXPECT_EQ(static_cast<CVeskGdDouble*>(local->GetValue(0))->m_dValue, 5.0);
+        local->SetValue(answer.get());
+        local->Release();
+        EXPECT_EQ(context.CanProceed(0), 1);
+    }
+    EXPECT_EQ(Text(callerSlot->GetValue(0)), "answer");
 }
 
 TEST_F(CommandContext, QueryCallsDescribeInsteadOfFetching)
@@ -344,12 +410,27 @@ TEST_F(CommandContext, QueryCallsDescribeInsteadOfFetching)
         EXPECT_EQ(context.GetParam("n", &number, 1), 0);
         EXPECT_EQ(context.GetParam("v", &any, 0), 0);
         EXPECT_EQ(context.GetParam("f", &flag, 1), 0);
+        IUnknown* unknown = nullptr;
+        IVeskCommand* command = nullptr;
+        CVeskGdIndirect* indirect = nullptr;
+        void* pv = nullptr;
+        EXPECT_EQ(context.GetParam("a", &unknown, 0), 0);
+        EXPECT_EQ(context.GetParam("b", &command, 0), 0);
+        EXPECT_EQ(context.GetParam("c", IID_IVeskCommand, &pv, 0, "inner"), 0);
+        EXPECT_EQ(context.GetParam("d", &indirect, 0), 0);
         EXPECT_EQ(context.CanProceed(1), 0);
         EXPECT_STREQ(text, "kept");
         EXPECT_EQ(any, nullptr);
     }
-    std::vector<std::string> expected = {"s|String|0|0", "n|Number|1|1", "v|Any|0|0",
-                                         "f|Boolean|0|1", "|any|0|1"};
+    std::vector<std::string> expected = {"s|String|0|0",
+                                         "n|Number|1|1",
+                                         "v|Any|0|0",
+                                         "f|Boolean|0|1",
+                                         "a|IUnknown|0|0",
+                                         "b|IVeskCommand|0|0",
+                                         "c|IVeskCommand(inner)|0|0",
+                                         "d|Any|1|0",
+                                         "|any|0|1"};
     EXPECT_EQ(recorder->calls, expected);
     EXPECT_EQ(recorder->Release(), 0u);
 
@@ -368,32 +449,37 @@ TEST_F(CommandContext, QueryCallsDescribeInsteadOfFetching)
 
 TEST_F(CommandContext, TransferMovesWhatWasNotFetchedAndTheDestructorReleasesTheRest)
 {
+    Capture capture;
     long doubles = Probe("Double"), strings = Probe("String");
     {
+        // Twelve positional (0..11) and six named, so the table overflows between both ends.
         CVeskCommandContext source;
-        for (double value : {1.0, 2.0, 3.0})
-            source.AddParam(DorlPchNil, value);
-        source.AddParam("used", 4.0);
-        source.AddParam("kept", 5.0);
-        double taken = 0;
-        ASSERT_EQ(source.GetParam("p", &taken, 0), 1);
-        EXPECT_EQ(taken, 3.0);
+        for (int i = 0; i < 12; ++i)
+            source.AddParam(DorlPchNil, static_cast<double>(i));
+        const char* names[] = {"a", "b", "c", "d", "e", "f"};
+        for (int i = 0; i < 6; ++i)
+            source.AddParam(names[i], 10.0 + i);
+        EXPECT_EQ(source.GetNumParams(), 18);
+        EXPECT_EQ(Num(source, "p"), 11);
         source.FetchNamedOnly(1);
-        ASSERT_EQ(source.GetParam("used", &taken, 0), 1);
-        EXPECT_EQ(taken, 4.0);
+        EXPECT_EQ(Num(source, "f"), 15);
 
         CVeskCommandContext target;
         target.TransferContext(&source);
-        EXPECT_EQ(target.GetNumParams(), 3);
+        EXPECT_EQ(target.GetNumParams(), 16);
         EXPECT_EQ(source.GetNumParams(), 2);
-        for (auto [name, expected] : {std::pair{"x", 2.0}, {"y", 1.0}, {"kept", 5.0}}) {
-            ASSERT_EQ(target.GetParam(name, &taken, 0), 1);
-            EXPECT_EQ(taken, expected);
-        }
-        EXPECT_EQ(target.CanProceed(0), 1);
         // Source keeps only what was fetched, and nothing is left to complain about.
         EXPECT_EQ(source.CanProceed(0), 1);
-        EXPECT_EQ(Probe("Double"), doubles + 5);
+        EXPECT_EQ(Probe("Double"), doubles + 18);
+        for (int i = 10; i >= 0; --i)
+            EXPECT_EQ(Num(target, "p"), i);
+        for (int i = 4; i >= 0; --i)
+            EXPECT_EQ(Num(target, names[i]), 10.0 + i);
+        EXPECT_EQ(target.CanProceed(0), 1);
+        // Twenty more: the table doubles again.
+        for (int i = 0; i < 20; ++i)
+            target.AddParam(DorlPchNil, 1.0);
+        EXPECT_EQ(target.GetNumParams(), 36);
 
         CVeskCommandContext context;
         context.AddParam("a", CDorlString("x"));
@@ -406,4 +492,5 @@ TEST_F(CommandContext, TransferMovesWhatWasNotFetchedAndTheDestructorReleasesThe
     }
     EXPECT_EQ(Probe("Double"), doubles);
     EXPECT_EQ(Probe("String"), strings);
+    EXPECT_TRUE(capture.dumps.empty());
 }

@@ -93,6 +93,11 @@ VESK_END_PROPERTY_MAP()
 class PropertyMaps : public StartedTest {};
 
 std::string Shown(CVeskGenericData* value) { return value ? Printed(value) : "<null>"; }
+// What reading the named property shows, its reference given back.
+template <class T> std::string Read(T* object, const char* name)
+{
+    return Shown(Ref<CVeskGenericData>(object->GetProperty(name, 0)).get());
+}
 
 } // namespace
 
@@ -135,7 +140,7 @@ TEST_F(PropertyMaps, InterfaceMembersTakeObjectsOrNullAndReadNullForNothing)
     Ref<CVeskGdObject> otherValue(CVeskGdObject::Allocate(other));
     other->Release(); // the value holds it now
 
-    EXPECT_EQ(Shown(Ref<CVeskGenericData>(gauge->GetProperty("source", 0)).get()), "Null");
+    EXPECT_EQ(Read(gauge, "source"), "Null");
     EXPECT_EQ(gauge->SetProperty("source", otherValue.get()), 1);
     EXPECT_EQ(gauge->m_pSource, otherValue->GetObjectA());
     Ref<CVeskGenericData> text(CVeskGdString::Allocate("x"));
@@ -161,9 +166,7 @@ TEST_F(PropertyMaps, NotifiedPropertiesLeaveReadsAndWritesToTheirFunction)
 {
     CGauge* gauge = new CGauge();
     Ref<CVeskGenericData> number(CVeskGdDouble::Allocate(3));
-    auto read = [&](const char* name) {
-        return Shown(Ref<CVeskGenericData>(gauge->GetProperty(name, 0)).get());
-    };
+    auto read = [&](const char* name) { return Read(gauge, name); };
 
     EXPECT_EQ(read("alarm"), "False");
     EXPECT_EQ(gauge->SetProperty("alarm", CVeskGdBoolean::Allocate(1)), 1);
@@ -179,10 +182,7 @@ TEST_F(PropertyMaps, NotifiedPropertiesLeaveReadsAndWritesToTheirFunction)
         other->Release();
         EXPECT_EQ(gauge->SetProperty("peer", otherValue.get()), 1);
     }
-    EXPECT_EQ(Text(Ref<CVeskGenericData>(
-                       Ref<CVeskGenericData>(gauge->GetProperty("peer", 0))->GetProperty("name", 0))
-                       .get()),
-              "other");
+    EXPECT_EQ(Read(Ref<CVeskGenericData>(gauge->GetProperty("peer", 0)).get(), "name"), "other");
 
     gauge->m_bAnswer = 0;
     EXPECT_EQ(read("alarm"), "None");
@@ -199,9 +199,7 @@ TEST_F(PropertyMaps, FunctionPropertyHandsOutAFunctionThatKeepsItsObjectAlive)
     int destroyed = CGauge::s_nDestroyed;
     CVeskGenericData* scale = gauge->GetProperty("Scale", 0);
     ASSERT_EQ(scale->GetType(), CVeskGenericData::dtObject);
-    EXPECT_EQ(Text(Ref<CVeskGenericData>(scale->GetProperty("name", 0)).get()), "Scale");
-    EXPECT_EQ(Text(Ref<CVeskGenericData>(scale->GetProperty("description", 0)).get()),
-              "&CGauge::Scale");
+    EXPECT_EQ(Read(scale, "name") + " " + Read(scale, "description"), "Scale &CGauge::Scale");
     EXPECT_EQ(scale->SetProperty("name", CVeskGdNull::Allocate()), 0);
     EXPECT_EQ(scale->GetPropertyEnumerator(), nullptr);
 

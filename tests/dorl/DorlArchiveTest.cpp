@@ -78,14 +78,9 @@ TEST(DorlArchive, DamagedInputReadsAsZeroOrEmpty)
     EXPECT_TRUE(shortInt.HasFailed());
 
     // Lengths far beyond the data (never allocated), negative, or one short of it.
-    const std::string lengths[] = {std::string("\xFF\xFF\xFF\x7F"
-                                               "ab\x01",
-                                               7),
-                                   std::string("\xFE\xFF\xFF\xFF"
-                                               "ab",
-                                               6),
-                                   std::string("\x03\0\0\0a", 5)};
-    for (const std::string& data : lengths) {
+    using namespace std::string_literals;
+    for (const std::string& data :
+         {"\377\377\377\177ab\001"s, "\376\377\377\377ab"s, "\003\0\0\0a"s}) {
         CDorlArchive damaged(reinterpret_cast<const unsigned char*>(data.data()), data.size());
         CDorlString text("old");
         damaged >> text;
