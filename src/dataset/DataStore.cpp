@@ -78,6 +78,46 @@ void ReturnIfWritten(CVeskCommandContext* context, int bResult)
         ReturnBoolean(context, 1);
 }
 
+// The name at the script's 1-based "index", empty past the last one.
+template <class Hook> int EnumName(CVeskCommandContext* context, Hook hook)
+{
+    double dIndex = 0;
+    context->GetParam("index", &dIndex, 0);
+    CDorlString name;
+    if (context->CanProceed(0))
+        name = hook(TruncateToInt(dIndex) - 1);
+    context->SetReturnValueNoRef(CVeskGdString::Allocate(name));
+    return 1;
+}
+
+// A write of one "value" under "tag".
+template <class Value, class Hook> int WriteValue(CVeskCommandContext* context, Hook hook)
+{
+    CDorlString tag;
+    Value value{};
+    context->GetParam("tag", &tag, 0);
+    context->GetParam("value", &value, 0);
+    ReturnIfWritten(context, context->CanProceed(0) && hook(tag, value));
+    return 1;
+}
+
+// A read of the value under "tag": the script's "default" unless the hook delivers, how it went
+// in "bSuccess", and the value returned as makeResult makes it.
+template <class Value, class Hook, class MakeResult>
+int ReadValue(CVeskCommandContext* context, Hook hook, MakeResult makeResult)
+{
+    CDorlString tag;
+    Value value{};
+    CVeskGdIndirect* bSuccess = nullptr;
+    context->GetParam("tag", &tag, 0);
+    context->GetParam("default", &value, 0);
+    context->GetParam("bSuccess", &bSuccess, 1);
+    int bResult = context->CanProceed(0) && hook(tag, value);
+    ReportSuccess(bSuccess, bResult);
+    context->SetReturnValueNoRef(makeResult(value));
+    return 1;
+}
+
 } // namespace
 
 CVeskDataStore::CVeskDataStore(const CDorlString& name)
@@ -188,24 +228,12 @@ int CVeskDataStore::Ascend(CVeskCommandContext* context)
 
 int CVeskDataStore::EnumSections(CVeskCommandContext* context)
 {
-    double dIndex = 0;
-    context->GetParam("index", &dIndex, 0);
-    CDorlString name;
-    if (context->CanProceed(0))
-        name = OnEnumSections(TruncateToInt(dIndex) - 1);
-    context->SetReturnValueNoRef(CVeskGdString::Allocate(name));
-    return 1;
+    return EnumName(context, [this](int nIndex) { return OnEnumSections(nIndex); });
 }
 
 int CVeskDataStore::EnumEntries(CVeskCommandContext* context)
 {
-    double dIndex = 0;
-    context->GetParam("index", &dIndex, 0);
-    CDorlString name;
-    if (context->CanProceed(0))
-        name = OnEnumEntries(TruncateToInt(dIndex) - 1);
-    context->SetReturnValueNoRef(CVeskGdString::Allocate(name));
-    return 1;
+    return EnumName(context, [this](int nIndex) { return OnEnumEntries(nIndex); });
 }
 
 int CVeskDataStore::ClearSection(CVeskCommandContext* context)
@@ -221,22 +249,16 @@ int CVeskDataStore::ClearSection(CVeskCommandContext* context)
 
 int CVeskDataStore::WriteBool(CVeskCommandContext* context)
 {
-    CDorlString tag;
-    int bValue = 0;
-    context->GetParam("tag", &tag, 0);
-    context->GetParam("value", &bValue, 0);
-    ReturnIfWritten(context, context->CanProceed(0) && OnWriteBool(tag, bValue));
-    return 1;
+    return WriteValue<int>(
+        context, [this](const CDorlString& tag, int bValue) { return OnWriteBool(tag, bValue); });
 }
 
 int CVeskDataStore::WriteString(CVeskCommandContext* context)
 {
-    CDorlString tag;
-    CDorlString value;
-    context->GetParam("tag", &tag, 0);
-    context->GetParam("value", &value, 0);
-    ReturnIfWritten(context, context->CanProceed(0) && OnWriteString(tag, value));
-    return 1;
+    return WriteValue<CDorlString>(context,
+                                   [this](const CDorlString& tag, const CDorlString& value) {
+                                       return OnWriteString(tag, value);
+                                   });
 }
 
 int CVeskDataStore::WriteBinary(CVeskCommandContext* context)
@@ -258,22 +280,16 @@ int CVeskDataStore::WriteBinary(CVeskCommandContext* context)
 
 int CVeskDataStore::WriteNumber(CVeskCommandContext* context)
 {
-    CDorlString tag;
-    double dValue = 0;
-    context->GetParam("tag", &tag, 0);
-    context->GetParam("value", &dValue, 0);
-    ReturnIfWritten(context, context->CanProceed(0) && OnWriteDouble(tag, dValue));
-    return 1;
+    return WriteValue<double>(context, [this](const CDorlString& tag, double dValue) {
+        return OnWriteDouble(tag, dValue);
+    });
 }
 
 int CVeskDataStore::WriteInteger(CVeskCommandContext* context)
 {
-    CDorlString tag;
-    double dValue = 0;
-    context->GetParam("tag", &tag, 0);
-    context->GetParam("value", &dValue, 0);
-    ReturnIfWritten(context, context->CanProceed(0) && OnWriteInt(tag, TruncateToInt(dValue)));
-    return 1;
+    return WriteValue<double>(context, [this](const CDorlString& tag, double dValue) {
+        return OnWriteInt(tag, TruncateToInt(dValue));
+    });
 }
 
 template <class Value>
@@ -331,59 +347,40 @@ int CVeskDataStore::WriteObject(CVeskCommandContext* context)
 
 int CVeskDataStore::ReadBool(CVeskCommandContext* context)
 {
-    CDorlString tag;
-    int bValue = 0;
-    CVeskGdIndirect* bSuccess = nullptr;
-    context->GetParam("tag", &tag, 0);
-    context->GetParam("default", &bValue, 0);
-    context->GetParam("bSuccess", &bSuccess, 1);
-    int bResult = context->CanProceed(0) && OnReadBool(tag, &bValue);
-    ReportSuccess(bSuccess, bResult);
-    ReturnBoolean(context, bValue);
-    return 1;
+    return ReadValue<int>(
+        context, [this](const CDorlString& tag, int& bValue) { return OnReadBool(tag, &bValue); },
+        [](int bValue) { return CVeskGdBoolean::Allocate(bValue ? 1 : 0); });
 }
 
 int CVeskDataStore::ReadString(CVeskCommandContext* context)
 {
-    CDorlString tag;
-    CDorlString value;
-    CVeskGdIndirect* bSuccess = nullptr;
-    context->GetParam("tag", &tag, 0);
-    context->GetParam("default", &value, 0);
-    context->GetParam("bSuccess", &bSuccess, 1);
-    int bResult = context->CanProceed(0) && OnReadString(tag, value);
-    ReportSuccess(bSuccess, bResult);
-    context->SetReturnValueNoRef(CVeskGdString::Allocate(value));
-    return 1;
+    return ReadValue<CDorlString>(
+        context,
+        [this](const CDorlString& tag, CDorlString& value) { return OnReadString(tag, value); },
+        [](const CDorlString& value) { return CVeskGdString::Allocate(value); });
 }
 
 int CVeskDataStore::ReadNumber(CVeskCommandContext* context)
 {
-    CDorlString tag;
-    double dValue = 0;
-    CVeskGdIndirect* bSuccess = nullptr;
-    context->GetParam("tag", &tag, 0);
-    context->GetParam("default", &dValue, 0);
-    context->GetParam("bSuccess", &bSuccess, 1);
-    int bResult = context->CanProceed(0) && OnReadDouble(tag, &dValue);
-    ReportSuccess(bSuccess, bResult);
-    context->SetReturnValueNoRef(CVeskGdDouble::Allocate(dValue));
-    return 1;
+    return ReadValue<double>(
+        context,
+        [this](const CDorlString& tag, double& dValue) { return OnReadDouble(tag, &dValue); },
+        [](double dValue) { return CVeskGdDouble::Allocate(dValue); });
 }
 
 int CVeskDataStore::ReadInteger(CVeskCommandContext* context)
 {
-    CDorlString tag;
-    double dDefault = 0;
-    CVeskGdIndirect* bSuccess = nullptr;
-    context->GetParam("tag", &tag, 0);
-    context->GetParam("default", &dDefault, 0);
-    context->GetParam("bSuccess", &bSuccess, 1);
-    int nValue = TruncateToInt(dDefault);
-    int bResult = context->CanProceed(0) && OnReadInt(tag, &nValue);
-    ReportSuccess(bSuccess, bResult);
-    context->SetReturnValueNoRef(CVeskGdDouble::Allocate(bResult ? nValue : dDefault));
-    return 1;
+    // The default stays as the script gave it, fraction and all, unless the hook delivers.
+    return ReadValue<double>(
+        context,
+        [this](const CDorlString& tag, double& dValue) {
+            int nValue = TruncateToInt(dValue);
+            int bResult = OnReadInt(tag, &nValue);
+            if (bResult)
+                dValue = nValue;
+            return bResult;
+        },
+        [](double dValue) { return CVeskGdDouble::Allocate(dValue); });
 }
 
 int CVeskDataStore::ReadBinary(CVeskCommandContext* context)

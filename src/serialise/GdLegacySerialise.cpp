@@ -33,42 +33,7 @@ void CVeskGdLegacySerialiserImpl::WriteWord(int32_t value)
 
 int CVeskGdLegacySerialiserImpl::WriteGdObject(CVeskGenericData* value)
 {
-    if (!value)
-        return 0;
-    switch (value->GetType()) {
-    case CVeskGenericData::dtNull:
-    case CVeskGenericData::dtNone:
-        WriteWord(value->GetType());
-        return 1;
-    case CVeskGenericData::dtBoolean:
-        WriteBoolean(static_cast<CVeskGdBoolean*>(value)->m_bValue, true);
-        return 1;
-    case CVeskGenericData::dtNumber:
-        WriteDouble(static_cast<CVeskGdDouble*>(value)->m_dValue, true);
-        return 1;
-    case CVeskGenericData::dtString:
-        WriteString(static_cast<CVeskGdString*>(value)->m_sValue, true);
-        return 1;
-    case CVeskGenericData::dtVector: {
-        CVeskGdVector* vector = static_cast<CVeskGdVector*>(value);
-        int size = vector->GetSize();
-        WriteVectorHeader(size);
-        for (int i = 0; i < size; ++i) {
-            CVeskGenericData* element = vector->GetElement(i);
-            int written = WriteGdObject(element);
-            element->Release();
-            if (!written) {
-                DorlDump("Could not serialise vector element at position (%d).\n", i + 1);
-                return 0;
-            }
-        }
-        return 1;
-    }
-    case CVeskGenericData::dtObject:
-        return WriteObject(static_cast<CVeskGdObject*>(value));
-    default:
-        return 0;
-    }
+    return vesk::serialise::WriteValue(this, value, [this](int type) { WriteWord(type); });
 }
 
 int CVeskGdLegacySerialiserImpl::WriteObject(CVeskGdObject* object)
@@ -172,10 +137,7 @@ void CVeskGdLegacySerialiserImpl::WriteVectorHeader(int size)
 
 int CVeskGdLegacySerialiserImpl::ReadBytes(void* data, int size)
 {
-    if (m_pIO->Read(data, size))
-        return 1;
-    m_bEndOfData = 1;
-    return 0;
+    return vesk::serialise::ReadBytes(m_pIO, data, size, m_bEndOfData);
 }
 
 int CVeskGdLegacySerialiserImpl::ReadWord(int32_t& value)
@@ -297,11 +259,7 @@ int CVeskGdLegacySerialiserImpl::ReadData(int32_t type, CVeskGenericData** out)
     default:
         return 0;
     }
-    if (out)
-        *out = value;
-    else if (value)
-        value->Release();
-    return 1;
+    return vesk::serialise::Deliver(value, out);
 }
 
 int CVeskGdLegacySerialiserImpl::ReadVector(CVeskGenericData** out)
@@ -317,11 +275,7 @@ int CVeskGdLegacySerialiserImpl::ReadVector(CVeskGenericData** out)
         }
         return 1;
     }
-    // A damaged count must not reserve memory that no data backs: past the first elements the
-    // vector grows as they are read.
-    int initial =
-        count < vesk::serialise::kInitialVectorLimit ? count : vesk::serialise::kInitialVectorLimit;
-    CVeskGdVector* vector = CVeskGdVector::Allocate(initial > 0 ? initial : 0);
+    CVeskGdVector* vector = CVeskGdVector::Allocate(vesk::serialise::InitialVectorSize(count));
     for (int32_t i = 0; i < count; ++i) {
         CVeskGenericData* element = ReadGdObject();
         if (!element) {
@@ -356,18 +310,9 @@ CVeskGenericData* CVeskGdLegacySerialiserImpl::ReadObject(int checkType)
         return nullptr;
     }
     const char* text = name;
-    IVeskCommand* creator = m_pIO->GetObjectCreator();
-    if (!creator) {
-        DorlDump("Could not create object (%s). 'objectCreator' property is not set.\n", text);
+    CVeskGenericData* value = vesk::serialise::CreateObject(m_pIO, name);
+    if (!value)
         return nullptr;
-    }
-    CVeskGenericData* value = vesk::serialise::CreateByName(creator, name);
-    if (!value || value->GetType() != CVeskGenericData::dtObject) {
-        DorlDump("ObjectCreator failed to create object (%s).\n", text);
-        if (value)
-            value->Release();
-        return nullptr;
-    }
     IVeskSerialise* serialise = vesk::serialise::SerialiseOf(static_cast<CVeskGdObject*>(value));
     if (!serialise) {
         DorlDump(

@@ -35,12 +35,26 @@ IVeskSerialise* SerialiseOf(CVeskGdObject* object)
     return static_cast<IVeskSerialise*>(serialise);
 }
 
-CVeskGenericData* CreateByName(IVeskCommand* creator, const CDorlString& name)
+CVeskGenericData* CreateObject(CVeskGdSerialiserIO* io, const CDorlString& name)
 {
+    IVeskCommand* creator = io->GetObjectCreator();
+    if (!creator) {
+        DorlDump("Could not create object (%s). 'objectCreator' property is not set.\n",
+                 static_cast<const char*>(name));
+        return nullptr;
+    }
     CVeskCommandContext context;
     context.AddParamNoRef(DorlPchNil, CVeskGdString::Allocate(name));
     creator->CallMethod(&context);
-    return context.GetReturnValue();
+    CVeskGenericData* value = context.GetReturnValue();
+    // A context's return value starts as None: a creator that made nothing leaves that.
+    if (!value || value->GetType() != CVeskGenericData::dtObject) {
+        DorlDump("ObjectCreator failed to create object (%s).\n", static_cast<const char*>(name));
+        if (value)
+            value->Release();
+        return nullptr;
+    }
+    return value;
 }
 
 } // namespace vesk::serialise
@@ -90,44 +104,9 @@ void CVeskGdSerialiserImpl::WriteByte(int value)
 
 int CVeskGdSerialiserImpl::WriteGdObject(CVeskGenericData* value)
 {
-    if (!value)
-        return 0;
-    switch (value->GetType()) {
-    case CVeskGenericData::dtNull:
-        WriteByte(SerialiseNull);
-        return 1;
-    case CVeskGenericData::dtBoolean:
-        WriteBoolean(static_cast<CVeskGdBoolean*>(value)->m_bValue, true);
-        return 1;
-    case CVeskGenericData::dtNumber:
-        WriteDouble(static_cast<CVeskGdDouble*>(value)->m_dValue, true);
-        return 1;
-    case CVeskGenericData::dtString:
-        WriteString(static_cast<CVeskGdString*>(value)->m_sValue, true);
-        return 1;
-    case CVeskGenericData::dtVector: {
-        CVeskGdVector* vector = static_cast<CVeskGdVector*>(value);
-        int size = vector->GetSize();
-        WriteVectorHeader(size);
-        for (int i = 0; i < size; ++i) {
-            CVeskGenericData* element = vector->GetElement(i);
-            int written = WriteGdObject(element);
-            element->Release();
-            if (!written) {
-                DorlDump("Could not serialise vector element at position (%d).\n", i + 1);
-                return 0;
-            }
-        }
-        return 1;
-    }
-    case CVeskGenericData::dtObject:
-        return WriteObject(static_cast<CVeskGdObject*>(value));
-    case CVeskGenericData::dtNone:
-        WriteByte(SerialiseNone);
-        return 1;
-    default:
-        return 0;
-    }
+    return vesk::serialise::WriteValue(this, value, [this](int type) {
+        WriteByte(type == CVeskGenericData::dtNull ? SerialiseNull : SerialiseNone);
+    });
 }
 
 int CVeskGdSerialiserImpl::WriteObject(CVeskGdObject* object)
@@ -223,10 +202,7 @@ void CVeskGdSerialiserImpl::WriteVectorHeader(int size)
 
 int CVeskGdSerialiserImpl::ReadBytes(void* data, int size)
 {
-    if (m_pIO->Read(data, size))
-        return 1;
-    m_bEndOfData = 1;
-    return 0;
+    return vesk::serialise::ReadBytes(m_pIO, data, size, m_bEndOfData);
 }
 
 SerialiseType CVeskGdSerialiserImpl::ReadType()
@@ -340,11 +316,7 @@ int CVeskGdSerialiserImpl::ReadData(int code, CVeskGenericData** out)
     default:
         return 0;
     }
-    if (out)
-        *out = value;
-    else if (value)
-        value->Release();
-    return 1;
+    return vesk::serialise::Deliver(value, out);
 }
 
 int CVeskGdSerialiserImpl::ReadVector(CVeskGenericData** out)
@@ -358,12 +330,8 @@ int CVeskGdSerialiserImpl::ReadVector(CVeskGenericData** out)
             ReadData(ReadType(), nullptr);
         return 1;
     }
-    // A damaged count must not reserve memory that no data backs: past the first elements the
-    // vector grows as they are read.
-    int initial = count < vesk::serialise::kInitialVectorLimit
-                      ? static_cast<int>(count)
-                      : vesk::serialise::kInitialVectorLimit;
-    CVeskGdVector* vector = CVeskGdVector::Allocate(initial);
+    CVeskGdVector* vector =
+        CVeskGdVector::Allocate(vesk::serialise::InitialVectorSize(static_cast<int64_t>(count)));
     for (unsigned long i = 0; i < count; ++i) {
         CVeskGenericData* element = i < INT_MAX ? ReadGdObject() : nullptr;
         if (!element) {
@@ -399,11 +367,7 @@ int CVeskGdSerialiserImpl::ReadArray(CVeskGenericData** out)
     }
     CVeskGenericData* value = CVeskGdObject::Allocate(array);
     array->Release();
-    if (out)
-        *out = value;
-    else
-        value->Release();
-    return 1;
+    return vesk::serialise::Deliver(value, out);
 }
 
 CVeskGenericData* CVeskGdSerialiserImpl::ReadObject(int checkType)
@@ -423,21 +387,9 @@ CVeskGenericData* CVeskGdSerialiserImpl::ReadObject(int checkType)
         value = NewAssocArrayValue(none);
         none->Release();
     } else {
-        IVeskCommand* creator = m_pIO->GetObjectCreator();
-        if (!creator) {
-            DorlDump("Could not create object (%s). 'objectCreator' property is not set.\n",
-                     static_cast<const char*>(name));
+        value = vesk::serialise::CreateObject(m_pIO, name);
+        if (!value)
             return nullptr;
-        }
-        value = vesk::serialise::CreateByName(creator, name);
-        // A context's return value starts as None: a creator that made nothing leaves that.
-        if (!value || value->GetType() != CVeskGenericData::dtObject) {
-            DorlDump("ObjectCreator failed to create object (%s).\n",
-                     static_cast<const char*>(name));
-            if (value)
-                value->Release();
-            return nullptr;
-        }
     }
 
     IVeskSerialise* serialise = vesk::serialise::SerialiseOf(static_cast<CVeskGdObject*>(value));

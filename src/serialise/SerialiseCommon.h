@@ -6,8 +6,11 @@
 #include <cstdint>
 #include <cstring>
 
+#include <dorl/DorlDiag.h>
+
 #include "vesk/GdObject.h"
 #include "vesk/GdSerialiser.h"
+#include "vesk/GdVector.h"
 
 namespace vesk::serialise {
 
@@ -64,12 +67,85 @@ constexpr uint32_t kLongestString = 0x7FFFFF00u;
 // A vector is made this large at first whatever its count says; reading grows it past this.
 constexpr int kInitialVectorLimit = 5000;
 
+// What a vector of that count is made with before its elements are read: a damaged count must
+// not reserve memory that no data backs, so past the first elements the vector grows as they are
+// read.
+inline int InitialVectorSize(int64_t count)
+{
+    if (count <= 0)
+        return 0;
+    return count < kInitialVectorLimit ? static_cast<int>(count) : kInitialVectorLimit;
+}
+
 // The object's IVeskSerialise with a reference, or null when it has none.
 IVeskSerialise* SerialiseOf(CVeskGdObject* object);
 
-// Asks the creator for an object of that creation name: whatever it returned (a new reference),
-// or null.
-CVeskGenericData* CreateByName(IVeskCommand* creator, const CDorlString& name);
+// Makes the object of that creation name through the stream's creator: a new reference to an
+// object value, or null with the reason reported.
+CVeskGenericData* CreateObject(CVeskGdSerialiserIO* io, const CDorlString& name);
+
+// Reads size bytes from the stream, setting endOfData once it has said that its data ended.
+inline int ReadBytes(CVeskGdSerialiserIO* io, void* data, int size, int& endOfData)
+{
+    if (io->Read(data, size))
+        return 1;
+    endOfData = 1;
+    return 0;
+}
+
+// Hands a value that was read to the caller, or drops it when the caller only skips.
+inline int Deliver(CVeskGenericData* value, CVeskGenericData** out)
+{
+    if (out)
+        *out = value;
+    else if (value)
+        value->Release();
+    return 1;
+}
+
+// Writes a value through the serialiser's own typed writes, the same in every format but for the
+// two values without a payload: Null and None go to writeMarker(type), each format's own form.
+// 0 for a value that cannot be written.
+template <class MarkerFn>
+int WriteValue(CVeskGdSerialiser* out, CVeskGenericData* value, MarkerFn writeMarker)
+{
+    if (!value)
+        return 0;
+    switch (value->GetType()) {
+    case CVeskGenericData::dtNull:
+    case CVeskGenericData::dtNone:
+        writeMarker(value->GetType());
+        return 1;
+    case CVeskGenericData::dtBoolean:
+        out->WriteBoolean(static_cast<CVeskGdBoolean*>(value)->m_bValue, true);
+        return 1;
+    case CVeskGenericData::dtNumber:
+        out->WriteDouble(static_cast<CVeskGdDouble*>(value)->m_dValue, true);
+        return 1;
+    case CVeskGenericData::dtString:
+        out->WriteString(static_cast<CVeskGdString*>(value)->m_sValue, true);
+        return 1;
+    case CVeskGenericData::dtVector: {
+        CVeskGdVector* vector = static_cast<CVeskGdVector*>(value);
+        int size = vector->GetSize();
+        out->WriteVectorHeader(size);
+        for (int i = 0; i < size; ++i) {
+            CVeskGenericData* element = vector->GetElement(i);
+            int written = out->WriteGdObject(element);
+            element->Release();
+            if (!written) {
+                DorlDump("Could not serialise vector element at position (%d).\n", i + 1);
+                return 0;
+            }
+        }
+        return 1;
+    }
+    case CVeskGenericData::dtObject:
+        return out->WriteObject(static_cast<CVeskGdObject*>(value));
+    default:
+        return 0;
+    }
+}
 
 // Reads length bytes into out in steps; false when the data ended first, with out as
 // ReleaseBuffer(-1) leaves it.

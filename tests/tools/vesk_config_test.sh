@@ -4,26 +4,7 @@
 set -u
 vesk=$1
 sample=$2
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
-
-expect() { # expect NAME EXPECTED_STATUS EXPECTED_STDOUT -- command...
-    local name=$1 status=$2 output=$3
-    shift 4
-    local got rc
-    got=$("$@" 2>"$work/stderr")
-    rc=$?
-    if [ "$rc" != "$status" ] || [ "$got" != "$output" ]; then
-        echo "FAIL $name: exit $rc (want $status), output:"
-        printf '%s\n' "$got"
-        echo "want:"
-        printf '%s\n' "$output"
-        echo "stderr:"
-        cat "$work/stderr"
-        failures=$((failures + 1))
-    fi
-}
+. "$(dirname "$0")/common.sh"
 
 cp "$sample" "$work/settings.cfg"
 cfg=$work/settings.cfg
@@ -63,8 +44,4 @@ expect "help" 0 "usage: vesk config get FILE SECTION KEY" -- "$vesk" config get 
 "$vesk" config show "$cfg" >"$work/shown.cfg"
 expect "shown text reads" 0 "800" -- "$vesk" config get "$work/shown.cfg" window width
 
-if [ "$failures" -ne 0 ]; then
-    echo "$failures check(s) failed"
-    exit 1
-fi
-echo "vesk config: all checks passed"
+finish "vesk config"

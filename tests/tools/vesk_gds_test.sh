@@ -4,26 +4,7 @@
 set -u
 vesk=$1
 sample=$2
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-failures=0
-
-expect() { # expect NAME EXPECTED_STATUS EXPECTED_STDOUT -- command...
-    local name=$1 status=$2 output=$3
-    shift 4
-    local got rc
-    got=$("$@" 2>"$work/stderr")
-    rc=$?
-    if [ "$rc" != "$status" ] || [ "$got" != "$output" ]; then
-        echo "FAIL $name: exit $rc (want $status), output:"
-        printf '%s\n' "$got"
-        echo "want:"
-        printf '%s\n' "$output"
-        echo "stderr:"
-        cat "$work/stderr"
-        failures=$((failures + 1))
-    fi
-}
+. "$(dirname "$0")/common.sh"
 
 stderr_has() { # stderr_has NAME TEXT: the last command's standard error holds TEXT
     grep -qF -- "$2" "$work/stderr" || { echo "FAIL $1: stderr was: $(cat "$work/stderr")"; failures=$((failures + 1)); }
@@ -77,8 +58,4 @@ expect "usage error" 2 "" -- "$vesk" gds encode "$sample"
 expect "unknown option" 2 "" -- "$vesk" gds decode --old "$work/s.gds" -
 expect "unknown subcommand" 2 "" -- "$vesk" gds frobnicate
 
-if [ "$failures" -ne 0 ]; then
-    echo "$failures check(s) failed"
-    exit 1
-fi
-echo "vesk gds: all checks passed"
+finish "vesk gds"
