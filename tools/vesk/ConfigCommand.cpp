@@ -41,14 +41,6 @@ struct Subcommand {
 
 void Quiet(const char*) {}
 
-int UsageError(const char* usage, const char* complaint)
-{
-    if (complaint)
-        std::fprintf(stderr, "vesk config: %s\n", complaint);
-    std::fputs(usage, stderr);
-    return kUsageError;
-}
-
 // A new reference on the file's value, or null after the reader's message.
 CVeskGenericData* ReadFile(const char* path)
 {
@@ -61,28 +53,6 @@ CVeskGenericData* ReadFile(const char* path)
         text.append(chunk, got);
     return VeskReadConfigString(CDorlString(text.data(), static_cast<int>(text.size())));
 }
-
-class Held {
-public:
-    explicit Held(CVeskGenericData* value) : m_pValue(value) {}
-    ~Held()
-    {
-        if (m_pValue)
-            m_pValue->Release();
-    }
-    Held(const Held&) = delete;
-    Held& operator=(const Held&) = delete;
-    CVeskGenericData* get() const { return m_pValue; }
-    void reset(CVeskGenericData* value)
-    {
-        if (m_pValue)
-            m_pValue->Release();
-        m_pValue = value;
-    }
-
-private:
-    CVeskGenericData* m_pValue;
-};
 
 // A vector's element by the label that the text gives it, counted from 1; null for any other
 // name. A new reference.
@@ -206,13 +176,13 @@ int Set(int argc, char** argv)
         else if (!std::strcmp(argv[4], "--bool"))
             kind = ValueKind::Boolean;
         else
-            return UsageError(kConfigUsage, "set takes --string, --number or --bool");
+            return UsageError("config", kConfigUsage, "set takes --string, --number or --bool");
     }
     const char* path = argv[0];
     const char* key = argv[2];
     const char* text = argv[3];
     if (!std::strcmp(path, "-"))
-        return UsageError(kConfigUsage, "set needs a file, not standard input");
+        return UsageError("config", kConfigUsage, "set needs a file, not standard input");
 
     double number = 0;
     bool isNumber = ParseNumber(text, &number);
@@ -314,8 +284,8 @@ const Subcommand kSubcommands[] = {
 int RunConfig(int argc, char** argv)
 {
     if (argc < 1)
-        return UsageError(kConfigUsage, nullptr);
-    if (!std::strcmp(argv[0], "--help") || !std::strcmp(argv[0], "-h")) {
+        return UsageError("config", kConfigUsage, nullptr);
+    if (IsHelpOption(argv[0])) {
         std::fputs(kConfigUsage, stdout);
         return 0;
     }
@@ -325,17 +295,17 @@ int RunConfig(int argc, char** argv)
         int count = argc - 1;
         char** args = argv + 1;
         for (int i = 0; i < count; ++i) {
-            if (!std::strcmp(args[i], "--help") || !std::strcmp(args[i], "-h")) {
+            if (IsHelpOption(args[i])) {
                 std::fputs(sub.usage, stdout);
                 return 0;
             }
         }
         if (count < sub.minArgs || count > sub.maxArgs)
-            return UsageError(sub.usage, "wrong number of arguments");
+            return UsageError("config", sub.usage, "wrong number of arguments");
         return sub.run(count, args);
     }
     std::string complaint = std::string("unknown subcommand '") + argv[0] + "'";
-    return UsageError(kConfigUsage, complaint.c_str());
+    return UsageError("config", kConfigUsage, complaint.c_str());
 }
 
 } // namespace vesk_tool

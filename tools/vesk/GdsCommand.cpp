@@ -37,14 +37,6 @@ struct Subcommand {
     int (*run)(char** argv, bool legacy);
 };
 
-int UsageError(const char* usage, const char* complaint)
-{
-    if (complaint)
-        std::fprintf(stderr, "vesk gds: %s\n", complaint);
-    std::fputs(usage, stderr);
-    return kUsageError;
-}
-
 bool IsStdio(const char* path) { return std::strcmp(path, "-") == 0; }
 
 bool ReadAll(const char* path, std::string* bytes)
@@ -65,23 +57,6 @@ bool ReadAll(const char* path, std::string* bytes)
         std::fprintf(stderr, "vesk gds: cannot read %s\n", path);
     return !failed;
 }
-
-// Holds one reference to a value for the length of a scope.
-class Held {
-public:
-    explicit Held(CVeskGenericData* value) : m_pValue(value) {}
-    ~Held()
-    {
-        if (m_pValue)
-            m_pValue->Release();
-    }
-    Held(const Held&) = delete;
-    Held& operator=(const Held&) = delete;
-    CVeskGenericData* get() const { return m_pValue; }
-
-private:
-    CVeskGenericData* m_pValue;
-};
 
 int Encode(char** argv, bool legacy)
 {
@@ -542,8 +517,8 @@ const Subcommand kSubcommands[] = {
 int RunGds(int argc, char** argv)
 {
     if (argc < 1)
-        return UsageError(kGdsUsage, nullptr);
-    if (!std::strcmp(argv[0], "--help") || !std::strcmp(argv[0], "-h")) {
+        return UsageError("gds", kGdsUsage, nullptr);
+    if (IsHelpOption(argv[0])) {
         std::fputs(kGdsUsage, stdout);
         return 0;
     }
@@ -553,24 +528,24 @@ int RunGds(int argc, char** argv)
         bool legacy = false;
         std::vector<char*> args;
         for (int i = 1; i < argc; ++i) {
-            if (!std::strcmp(argv[i], "--help") || !std::strcmp(argv[i], "-h")) {
+            if (IsHelpOption(argv[i])) {
                 std::fputs(sub.usage, stdout);
                 return 0;
             }
             if (!std::strcmp(argv[i], "--legacy"))
                 legacy = true;
             else if (argv[i][0] == '-' && argv[i][1] != 0)
-                return UsageError(sub.usage,
+                return UsageError("gds", sub.usage,
                                   (std::string("unknown option '") + argv[i] + "'").c_str());
             else
                 args.push_back(argv[i]);
         }
         if (static_cast<int>(args.size()) != sub.args)
-            return UsageError(sub.usage, "wrong number of arguments");
+            return UsageError("gds", sub.usage, "wrong number of arguments");
         return sub.run(args.data(), legacy);
     }
     std::string complaint = std::string("unknown subcommand '") + argv[0] + "'";
-    return UsageError(kGdsUsage, complaint.c_str());
+    return UsageError("gds", kGdsUsage, complaint.c_str());
 }
 
 } // namespace vesk_tool
